@@ -1,0 +1,20 @@
+include(CMakePackageConfigHelpers)
+
+install(TARGETS kovra_static kovra_shared EXPORT KovraTargets
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY include/kovra DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/include/kovra/KVRVersion.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kovra)
+
+install(EXPORT KovraTargets NAMESPACE Kovra:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Kovra)
+configure_package_config_file(cmake/KovraConfig.cmake.in
+  ${CMAKE_CURRENT_BINARY_DIR}/KovraConfig.cmake
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Kovra)
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/KovraConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/KovraConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/KovraConfigVersion.cmake
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Kovra)
+
+configure_file(cmake/kovra.pc.in ${CMAKE_CURRENT_BINARY_DIR}/kovra.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kovra.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

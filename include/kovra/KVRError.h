@@ -1,0 +1,35 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+/// Key of the one user-information entry every library error carries.
+inline constexpr const char* NSLocalizedDescriptionKey = "NSLocalizedDescription";
+/// Domain of transport errors reported by the HTTP exchange (URL-loading codes).
+inline constexpr const char* NSURLErrorDomain = "NSURLErrorDomain";
+
+/// An error value: domain, code and user information. Two errors are equal
+/// when their domain and code are equal, whatever their texts say.
+class KVRError {
+public:
+    using UserInfo = std::map<std::string, std::string>;
+
+    KVRError() = default;
+    KVRError(std::string domain, long code, UserInfo userInfo = {});
+
+    const std::string& domain() const { return domain_; }
+    long code() const { return code_; }
+    const UserInfo& userInfo() const { return userInfo_; }
+
+    /// The description of the user information, or a generic text naming
+    /// domain and code when there is none.
+    std::string localizedDescription() const;
+
+    bool operator==(const KVRError& other) const;
+    bool operator!=(const KVRError& other) const { return !(*this == other); }
+
+private:
+    std::string domain_;
+    long code_ = 0;
+    UserInfo userInfo_;
+};

@@ -1,0 +1,15 @@
+#include "support/KVRTempDirectory.h"
+
+#include <cstdlib>
+#include <stdexcept>
+
+KVRTempDirectory::KVRTempDirectory() {
+    std::string pattern = std::filesystem::temp_directory_path().string() + "/kovra-XXXXXX";
+    if (!mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
+    path_ = pattern;
+}
+
+KVRTempDirectory::~KVRTempDirectory() {
+    std::error_code ec;
+    std::filesystem::remove_all(path_, ec);
+}

@@ -1,0 +1,32 @@
+#include <gtest/gtest.h>
+
+#include <kovra/KVRApplicationInfo.h>
+#include <kovra/KVRDirectories.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <unistd.h>
+
+#include "support/KVRTestEnvironment.h"
+
+namespace {
+std::string testDataDirectory;
+}
+
+const std::string& kovraTestDataDirectory() { return testDataDirectory; }
+
+// Every suite runs with its data directories under a fresh temporary folder
+// and without the PIN pad write pause, so no test touches the user's files or
+// waits on a sleep it does not test.
+int main(int argc, char** argv) {
+    ::testing::InitGoogleTest(&argc, argv);
+    std::string base = std::filesystem::temp_directory_path().string() + "/kovra-tests-" + std::to_string(getpid());
+    testDataDirectory = base;
+    KVRDirectories::setDataDirectory(base);
+    KVRApplicationInfo::setValue("Kovra Pinpad Write Pause", 0.0);
+    int result = RUN_ALL_TESTS();
+    std::error_code ec;
+    std::filesystem::remove_all(base, ec);
+    return result;
+}
