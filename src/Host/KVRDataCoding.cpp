@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <array>
+#include <climits>
 #include <cstring>
 
 namespace {
@@ -77,6 +78,7 @@ std::string KVRDataCoding::base64EncodingWithLineLength(std::string_view bytes, 
 
 std::optional<std::string> KVRDataCoding::gzipDeflate(std::string_view bytes) {
     if (bytes.empty()) return std::string();
+    if (bytes.size() > UINT_MAX) return std::nullopt;  // one zlib call takes at most 4 GiB
     z_stream stream;
     std::memset(&stream, 0, sizeof(stream));
     if (deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, 31, 8, Z_DEFAULT_STRATEGY) != Z_OK) return std::nullopt;
@@ -99,6 +101,7 @@ std::optional<std::string> KVRDataCoding::gzipDeflate(std::string_view bytes) {
 
 std::optional<std::string> KVRDataCoding::gzipInflate(std::string_view bytes, size_t maximumLength) {
     if (bytes.empty()) return std::string();
+    if (bytes.size() > UINT_MAX) return std::nullopt;
     z_stream stream;
     std::memset(&stream, 0, sizeof(stream));
     if (inflateInit2(&stream, 47) != Z_OK) return std::nullopt;

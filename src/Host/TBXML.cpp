@@ -52,10 +52,6 @@ pugi::xml_node nextElementSibling(const pugi::xml_node& node) {
     return {};
 }
 
-}  // namespace
-
-namespace {
-
 // Character data before the first child element. A single piece is used in
 // place; several pieces (text around CDATA or comments) are joined.
 const char* leadingText(const pugi::xml_node& node, std::deque<std::string>& mergedTexts) {
