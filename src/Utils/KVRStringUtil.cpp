@@ -97,4 +97,49 @@ std::string safeSubstr(const std::string& text, size_t start, size_t length) {
     return text.substr(start, length);
 }
 
+size_t utf8SequenceLength(std::string_view text, size_t at, uint32_t& codePoint) {
+    auto byte = [&](size_t k) { return static_cast<unsigned char>(text[at + k]); };
+    auto continuation = [&](size_t k) { return (byte(k) & 0xC0) == 0x80; };
+    size_t remaining = text.size() - at;
+    unsigned char lead = byte(0);
+    if (lead < 0x80) {
+        codePoint = lead;
+        return 1;
+    }
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        if (remaining < 2 || !continuation(1)) return 0;
+        codePoint = ((lead & 0x1Fu) << 6) | (byte(1) & 0x3Fu);
+        return 2;
+    }
+    if (lead >= 0xE0 && lead <= 0xEF) {
+        if (remaining < 3 || !continuation(1) || !continuation(2)) return 0;
+        if ((lead == 0xE0 && byte(1) < 0xA0) || (lead == 0xED && byte(1) > 0x9F)) return 0;
+        codePoint = ((lead & 0x0Fu) << 12) | ((byte(1) & 0x3Fu) << 6) | (byte(2) & 0x3Fu);
+        return 3;
+    }
+    if (lead >= 0xF0 && lead <= 0xF4) {
+        if (remaining < 4 || !continuation(1) || !continuation(2) || !continuation(3)) return 0;
+        if ((lead == 0xF0 && byte(1) < 0x90) || (lead == 0xF4 && byte(1) > 0x8F)) return 0;
+        codePoint = ((lead & 0x07u) << 18) | ((byte(1) & 0x3Fu) << 12) | ((byte(2) & 0x3Fu) << 6) | (byte(3) & 0x3Fu);
+        return 4;
+    }
+    return 0;
+}
+
+bool isValidUtf8(std::string_view text) {
+    size_t at = 0;
+    while (at < text.size()) {
+        // ASCII runs are the common case.
+        if (static_cast<unsigned char>(text[at]) < 0x80) {
+            ++at;
+            continue;
+        }
+        uint32_t codePoint = 0;
+        size_t length = utf8SequenceLength(text, at, codePoint);
+        if (length == 0) return false;
+        at += length;
+    }
+    return true;
+}
+
 }  // namespace KVRStringUtil

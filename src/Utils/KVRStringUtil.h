@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdarg>
+#include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// Small text helpers shared by the whole library.
@@ -22,4 +24,10 @@ bool startsWith(const std::string& text, const std::string& prefix);
 long long leadingInteger(const std::string& text);
 /// Substring that never throws: clamps start and length to the text.
 std::string safeSubstr(const std::string& text, size_t start, size_t length = std::string::npos);
+/// Length (1 to 4) of the well-formed UTF-8 sequence at `at`, with its code
+/// point; 0 when the bytes there are not one (stray continuation bytes,
+/// overlong forms, encoded surrogates, code points above U+10FFFF, a sequence
+/// cut short by the end of the text).
+size_t utf8SequenceLength(std::string_view text, size_t at, uint32_t& codePoint);
+bool isValidUtf8(std::string_view text);
 }  // namespace KVRStringUtil

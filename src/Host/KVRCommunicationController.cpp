@@ -1,0 +1,91 @@
+#include "Host/KVRCommunicationController.h"
+
+#include "Host/KVRHttpsTransport.h"
+#include "Utils/KVRStringUtil.h"
+
+#include <mutex>
+
+namespace {
+
+struct Seams {
+    std::mutex mutex;
+    KVRCommunicationController::Exchange exchange;
+    std::optional<std::chrono::milliseconds> xmlTimeout;
+};
+
+Seams& seams() {
+    static auto* s = new Seams();  // lives for the process
+    return *s;
+}
+
+KVRCommunicationController::Exchange currentOverride() {
+    std::lock_guard lock(seams().mutex);
+    return seams().exchange;
+}
+
+std::chrono::milliseconds currentXmlTimeout() {
+    std::lock_guard lock(seams().mutex);
+    return seams().xmlTimeout.value_or(KVRCommunicationController::xmlTimeout);
+}
+
+std::string contentLength(const std::string& body) {
+    return KVRStringUtil::format("Content-Length: %lu", static_cast<unsigned long>(body.size()));
+}
+
+// The transport step shared by both posts: the override when one is set,
+// otherwise the network. On failure `error` holds the transport's error.
+std::optional<std::string> exchange(const std::string& body, const std::string& url, const std::string& contentType,
+                                    const std::vector<std::string>& headers, std::chrono::milliseconds timeout,
+                                    std::optional<KVRError>& error) {
+    if (auto fake = currentOverride()) {
+        auto reply = fake(body, url, contentType, &error);
+        if (!reply && !error) error = KVRError(NSURLErrorDomain, NSURLErrorUnknown);
+        return reply;
+    }
+    return KVRHttpsTransport::post(url, body, headers, timeout, KVRCommunicationController::maximumReplyLength,
+                                   error);
+}
+
+}  // namespace
+
+std::optional<std::string> KVRCommunicationController::postXml(const std::string& xml, const std::string& url,
+                                                               std::optional<KVRError>* error) {
+    // "Accept:" and "Expect:" keep curl from adding headers of its own.
+    std::vector<std::string> headers = {contentLength(xml), "Content-Type: text/xml", "Accept:", "Expect:"};
+    std::optional<KVRError> transportError;
+    auto reply = exchange(xml, url, "text/xml", headers, currentXmlTimeout(), transportError);
+    if (transportError) {
+        if (error) {
+            *error = transportError;
+            return std::nullopt;
+        }
+        return std::string();
+    }
+    if (!KVRStringUtil::isValidUtf8(*reply)) return std::nullopt;
+    return reply;
+}
+
+std::optional<nlohmann::json> KVRCommunicationController::postJSON(const std::string& body, const std::string& url,
+                                                                   std::optional<KVRError>* error) {
+    std::vector<std::string> headers = {"Accept: application/json", "Content-Type: application/json",
+                                        contentLength(body), "Expect:"};
+    std::optional<KVRError> transportError;
+    auto reply = exchange(body, url, "application/json", headers, std::chrono::milliseconds(0), transportError);
+    if (transportError) {
+        if (error) *error = transportError;
+        return std::nullopt;
+    }
+    nlohmann::json parsed = nlohmann::json::parse(*reply, nullptr, false);
+    if (parsed.is_discarded()) return std::nullopt;
+    return parsed;
+}
+
+void KVRCommunicationController::setExchangeOverride(Exchange exchange) {
+    std::lock_guard lock(seams().mutex);
+    seams().exchange = std::move(exchange);
+}
+
+void KVRCommunicationController::setXmlTimeoutOverride(std::optional<std::chrono::milliseconds> timeout) {
+    std::lock_guard lock(seams().mutex);
+    seams().xmlTimeout = timeout;
+}

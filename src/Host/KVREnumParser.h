@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Host/KVREnumTypes.h"
+
+#include <cstdint>
+#include <string>
+
+/// Maps the ISO 20022 code sets between their numbers and their four-letter
+/// codes. Writing a number outside its set throws a KVRException named
+/// KVREnumParser::exceptionName with the set's own reason; reading never fails
+/// (an unknown, empty or null code is 0) and compares codes case-sensitively.
+class KVREnumParser {
+public:
+    static constexpr const char* exceptionName = "NSGenericException";
+
+    KVREnumParser() = delete;
+
+    static std::string contentTypeToString(int32_t value);
+    static std::string authenticationTypeToString(int32_t value);
+    static std::string cardholderIdentificationTypeToString(int32_t value);
+    static std::string contextAttendanceCodeTypeToString(int32_t value);
+    static std::string transactionEnvironmentCodeTypeToString(int32_t value);
+    static std::string transactionChannelCodeTypeToString(int32_t value);
+    static std::string poiCardDataReadingCodeTypeToString(int32_t value);
+    static std::string instalmentTypeToString(int32_t value);
+    static std::string accountTypeToString(int32_t value);
+    static std::string messageFunctionCodeTypeToString(int32_t value);
+    static std::string initiatingPartyTypeToString(int32_t value);
+    static std::string initiatingPartyIssuerToString(int32_t value);
+
+    static KVRAmountType parseEnumAmountType(const char* code);
+    static KVRAccountType parseEnumAccountType(const char* code);
+    static KVRResponseCode parseEnumResponseCode(const char* code);
+    static KVRUserInterface parseEnumUserInterfaceCode(const char* code);
+    static KVRActionType parseEnumActionTypeCode(const char* code);
+    static KVRInitiatingParty stringToInitiatingPartyType(const char* code);
+    static KVRInitiatingParty stringToInitiatingPartyIssuer(const char* code);
+    static KVRMessageFunction stringToMessageFunctionCode(const char* code);
+};

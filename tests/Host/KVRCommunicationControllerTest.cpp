@@ -1,0 +1,405 @@
+#include <gtest/gtest.h>
+
+#include "Host/KVRCommunicationController.h"
+#include "support/KVRTempDirectory.h"
+#include "support/KVRTestCertificates.h"
+
+#include <kovra/KVRApplicationInfo.h>
+
+#include <httplib.h>
+
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <thread>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+struct SeenRequest {
+    std::string method;
+    std::string path;
+    std::string body;
+    std::multimap<std::string, std::string> headers;  // as sent, without the server's own REMOTE_/LOCAL_ entries
+    int remotePort = 0;
+};
+
+// An HTTPS server on a free loopback port, answering on its own threads.
+class LocalHttpsServer {
+public:
+    explicit LocalHttpsServer(const KVRTestCertificates& certificates)
+        : server_(certificates.certificatePath.c_str(), certificates.privateKeyPath.c_str()) {
+        server_.set_tcp_nodelay(true);
+        server_.set_keep_alive_timeout(1);
+    }
+    ~LocalHttpsServer() {
+        server_.stop();
+        if (thread_.joinable()) thread_.join();
+    }
+
+    httplib::SSLServer& handlers() { return server_; }
+
+    void start() {
+        ASSERT_TRUE(server_.is_valid());
+        port_ = server_.bind_to_any_port("127.0.0.1");
+        ASSERT_GT(port_, 0);
+        thread_ = std::thread([this] { server_.listen_after_bind(); });
+        while (!server_.is_running()) std::this_thread::yield();
+    }
+
+    std::string url(const std::string& path) const { return "https://127.0.0.1:" + std::to_string(port_) + path; }
+    int port() const { return port_; }
+
+    /// Answers every POST with `reply` and remembers the requests.
+    void replyToEveryPost(int status, std::string reply, std::string contentType = "text/xml") {
+        server_.Post(".*", [this, status, reply, contentType](const httplib::Request& req, httplib::Response& res) {
+            remember(req);
+            res.status = status;
+            res.set_content(reply, contentType.c_str());
+        });
+        start();
+    }
+
+    void remember(const httplib::Request& req) {
+        SeenRequest seen{req.method, req.path, req.body, {}, req.remote_port};
+        for (const auto& [name, value] : req.headers) {
+            if (name.rfind("REMOTE_", 0) != 0 && name.rfind("LOCAL_", 0) != 0) seen.headers.emplace(name, value);
+        }
+        std::lock_guard lock(mutex_);
+        requests_.push_back(std::move(seen));
+    }
+
+    std::vector<SeenRequest> requests() {
+        std::lock_guard lock(mutex_);
+        return requests_;
+    }
+
+private:
+    httplib::SSLServer server_;
+    std::thread thread_;
+    int port_ = 0;
+    std::mutex mutex_;
+    std::vector<SeenRequest> requests_;
+};
+
+// Runs the exchanges on a thread of their own: when it ends, its curl handle
+// and the connections it kept are closed, so the server stops at once.
+template <typename F>
+auto onOwnThread(F work) {
+    decltype(work()) result;
+    std::thread thread([&] { result = work(); });
+    thread.join();
+    return result;
+}
+
+int unusedLoopbackPort() {
+    int fd = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address));
+    socklen_t length = sizeof(address);
+    getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
+    close(fd);
+    return ntohs(address.sin_port);
+}
+
+struct Exchange {
+    std::optional<std::string> reply;
+    std::optional<KVRError> error;
+};
+
+Exchange postXml(const std::string& xml, const std::string& url) {
+    return onOwnThread([&] {
+        Exchange e;
+        e.reply = KVRCommunicationController::postXml(xml, url, &e.error);
+        return e;
+    });
+}
+
+class KVRCommunicationControllerTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        directory_ = new KVRTempDirectory();
+        trusted_ = new KVRTestCertificates(KVRTestCertificates::generate(directory_->path(), "trusted"));
+        stranger_ = new KVRTestCertificates(KVRTestCertificates::generate(directory_->path(), "stranger"));
+    }
+    static void TearDownTestSuite() {
+        delete trusted_;
+        delete stranger_;
+        delete directory_;
+    }
+    void SetUp() override { KVRApplicationInfo::setValue("Kovra CA File", trusted_->caCertificatePath); }
+    void TearDown() override {
+        KVRApplicationInfo::removeValue("Kovra CA File");
+        KVRApplicationInfo::removeValue("Kovra Pinned Public Keys");
+        KVRCommunicationController::setXmlTimeoutOverride(std::nullopt);
+        KVRCommunicationController::setExchangeOverride({});
+    }
+
+    static KVRTempDirectory* directory_;
+    static KVRTestCertificates* trusted_;
+    static KVRTestCertificates* stranger_;
+};
+
+KVRTempDirectory* KVRCommunicationControllerTest::directory_ = nullptr;
+KVRTestCertificates* KVRCommunicationControllerTest::trusted_ = nullptr;
+KVRTestCertificates* KVRCommunicationControllerTest::stranger_ = nullptr;
+
+TEST_F(KVRCommunicationControllerTest, XmlIsPostedWithExactlyItsOwnHeadersAndBytes) {
+    LocalHttpsServer server(*trusted_);
+    server.replyToEveryPost(200, "<Document>ação</Document>");
+    const std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<Document>ç ã</Document>";
+
+    Exchange e = postXml(xml, server.url("/Authorize"));
+    EXPECT_FALSE(e.error);
+    EXPECT_EQ(e.reply, "<Document>ação</Document>");
+
+    auto requests = server.requests();
+    ASSERT_EQ(requests.size(), 1u);
+    const SeenRequest& r = requests[0];
+    EXPECT_EQ(r.method, "POST");
+    EXPECT_EQ(r.path, "/Authorize");
+    EXPECT_EQ(r.body, xml);
+    std::multimap<std::string, std::string> expected = {
+        {"Host", "127.0.0.1:" + std::to_string(server.port())},
+        {"Content-Length", std::to_string(xml.size())},
+        {"Content-Type", "text/xml"},
+    };
+    EXPECT_EQ(r.headers, expected);
+    EXPECT_EQ(r.headers.find("Content-Length")->second, "66");  // 64 characters; "ç" and "ã" take two bytes each
+}
+
+TEST_F(KVRCommunicationControllerTest, LargeBodiesAreSentWithoutWaitingForContinue) {
+    LocalHttpsServer server(*trusted_);
+    server.replyToEveryPost(200, "ok");
+    std::string xml(2u << 20, 'x');
+    Exchange e = postXml(xml, server.url("/Report"));
+    EXPECT_EQ(e.reply, "ok");
+    ASSERT_EQ(server.requests().size(), 1u);
+    EXPECT_EQ(server.requests()[0].body.size(), xml.size());
+    EXPECT_EQ(server.requests()[0].headers.count("Expect"), 0u);
+}
+
+TEST_F(KVRCommunicationControllerTest, AnyStatusIsABodyButInvalidUtf8IsNothing) {
+    {
+        LocalHttpsServer server(*trusted_);
+        server.replyToEveryPost(500, "<Error>falha</Error>");
+        Exchange e = postXml("<A/>", server.url("/Authorize"));
+        EXPECT_FALSE(e.error);
+        EXPECT_EQ(e.reply, "<Error>falha</Error>");
+    }
+    {
+        LocalHttpsServer server(*trusted_);
+        server.replyToEveryPost(200, "");
+        EXPECT_EQ(postXml("<A/>", server.url("/Authorize")).reply, "");
+    }
+    {
+        LocalHttpsServer server(*trusted_);
+        server.replyToEveryPost(200, "<A>\xC3\x28</A>");
+        Exchange e = postXml("<A/>", server.url("/Authorize"));
+        EXPECT_FALSE(e.reply);
+        EXPECT_FALSE(e.error);
+    }
+}
+
+TEST_F(KVRCommunicationControllerTest, ConsecutiveExchangesOfAThreadReuseTheConnection) {
+    LocalHttpsServer server(*trusted_);
+    server.replyToEveryPost(200, "ok");
+    auto replies = onOwnThread([&] {
+        std::vector<std::optional<std::string>> got;
+        for (int i = 0; i < 3; ++i) got.push_back(KVRCommunicationController::postXml("<A/>", server.url("/Report")));
+        return got;
+    });
+    for (const auto& reply : replies) EXPECT_EQ(reply, "ok");
+    auto requests = server.requests();
+    ASSERT_EQ(requests.size(), 3u);
+    EXPECT_EQ(requests[0].remotePort, requests[1].remotePort);
+    EXPECT_EQ(requests[1].remotePort, requests[2].remotePort);
+}
+
+TEST_F(KVRCommunicationControllerTest, TimeOutIsReportedAsTimedOut) {
+    std::mutex mutex;
+    std::condition_variable released;
+    bool done = false;
+    LocalHttpsServer server(*trusted_);  // after what its handler uses, so it stops first
+    server.handlers().Post("/Authorize", [&](const httplib::Request&, httplib::Response& res) {
+        std::unique_lock lock(mutex);
+        released.wait(lock, [&] { return done; });
+        res.set_content("late", "text/xml");
+    });
+    server.start();
+    KVRCommunicationController::setXmlTimeoutOverride(300ms);
+
+    auto start = std::chrono::steady_clock::now();
+    Exchange e = postXml("<A/>", server.url("/Authorize"));
+    auto elapsed = std::chrono::steady_clock::now() - start;
+    {
+        std::lock_guard lock(mutex);
+        done = true;
+    }
+    released.notify_all();
+
+    EXPECT_FALSE(e.reply);
+    ASSERT_TRUE(e.error);
+    EXPECT_EQ(e.error->domain(), NSURLErrorDomain);
+    EXPECT_EQ(e.error->code(), NSURLErrorTimedOut);
+    EXPECT_GE(elapsed, 300ms);
+    EXPECT_LT(elapsed, 5s);
+}
+
+TEST_F(KVRCommunicationControllerTest, TransportFailuresMapToUrlLoadingCodes) {
+    LocalHttpsServer impostor(*stranger_);  // a certificate our CA never signed
+    impostor.replyToEveryPost(200, "should not be read");
+    std::string refused = "https://127.0.0.1:" + std::to_string(unusedLoopbackPort()) + "/Authorize";
+
+    struct Case {
+        const char* name;
+        std::string url;
+        long code;
+    };
+    const Case cases[] = {
+        {"nobody listening", refused, NSURLErrorCannotConnectToHost},
+        {"untrusted certificate", impostor.url("/Authorize"), NSURLErrorSecureConnectionFailed},
+        {"plain http", "http://127.0.0.1:1/Authorize", NSURLErrorUnsupportedURL},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        Exchange e = postXml("<A/>", c.url);
+        EXPECT_FALSE(e.reply);
+        ASSERT_TRUE(e.error);
+        EXPECT_EQ(e.error->domain(), NSURLErrorDomain);
+        EXPECT_EQ(e.error->code(), c.code);
+        EXPECT_EQ(e.error->userInfo().at("NSErrorFailingURLStringKey"), c.url);
+        EXPECT_FALSE(e.error->localizedDescription().empty());
+    }
+    EXPECT_TRUE(impostor.requests().empty());
+    // Without an error to fill, a transport failure reads as an empty reply.
+    EXPECT_EQ(onOwnThread([&] { return KVRCommunicationController::postXml("<A/>", refused); }), "");
+}
+
+TEST_F(KVRCommunicationControllerTest, PinnedKeysMustMatch) {
+    LocalHttpsServer server(*trusted_);
+    server.replyToEveryPost(200, "pinned");
+    KVRApplicationInfo::setValue("Kovra Pinned Public Keys", stranger_->publicKeyPin + ";" + trusted_->publicKeyPin);
+    EXPECT_EQ(postXml("<A/>", server.url("/Report")).reply, "pinned");
+    KVRApplicationInfo::setValue("Kovra Pinned Public Keys", stranger_->publicKeyPin);
+    Exchange e = postXml("<A/>", server.url("/Report"));
+    EXPECT_FALSE(e.reply);
+    ASSERT_TRUE(e.error);
+    EXPECT_EQ(e.error->code(), NSURLErrorSecureConnectionFailed);
+}
+
+TEST_F(KVRCommunicationControllerTest, RepliesAboveSixteenMebibytesAreRefused) {
+    const size_t limit = KVRCommunicationController::maximumReplyLength;
+    LocalHttpsServer server(*trusted_);
+    server.handlers().Post("/fits", [&](const httplib::Request&, httplib::Response& res) {
+        res.set_content(std::string(limit, 'a'), "text/xml");
+    });
+    server.handlers().Post("/declared", [&](const httplib::Request&, httplib::Response& res) {
+        res.set_content(std::string(limit + 1, 'a'), "text/xml");
+    });
+    server.handlers().Post("/chunked", [&](const httplib::Request&, httplib::Response& res) {
+        res.set_chunked_content_provider("text/xml", [limit](size_t offset, httplib::DataSink& sink) {
+            if (offset > limit) {
+                sink.done();
+                return true;
+            }
+            std::string piece(1u << 20, 'b');
+            return sink.write(piece.data(), piece.size());
+        });
+    });
+    server.start();
+
+    Exchange fits = postXml("<A/>", server.url("/fits"));
+    ASSERT_TRUE(fits.reply);
+    EXPECT_EQ(fits.reply->size(), limit);
+    for (const char* path : {"/declared", "/chunked"}) {
+        SCOPED_TRACE(path);
+        Exchange e = postXml("<A/>", server.url(path));
+        EXPECT_FALSE(e.reply);
+        ASSERT_TRUE(e.error);
+        EXPECT_EQ(e.error->code(), NSURLErrorDataLengthExceedsMaximum);
+    }
+}
+
+TEST_F(KVRCommunicationControllerTest, JsonIsPostedWithJsonHeadersAndParsed) {
+    LocalHttpsServer server(*trusted_);
+    server.replyToEveryPost(200, "{\"status\":\"sent\",\"id\":7}", "application/json");
+    const std::string body = "{\"template\":\"default\",\"body_parameters\":{\"body_message\":\"olá\"}}";
+    auto result = onOwnThread([&] {
+        std::optional<KVRError> error;
+        auto json = KVRCommunicationController::postJSON(body, server.url("/send"), &error);
+        EXPECT_FALSE(error);
+        return json;
+    });
+    ASSERT_TRUE(result);
+    EXPECT_EQ((*result)["status"], "sent");
+    EXPECT_EQ((*result)["id"], 7);
+    auto requests = server.requests();
+    ASSERT_EQ(requests.size(), 1u);
+    EXPECT_EQ(requests[0].body, body);
+    auto headers = requests[0].headers;
+    headers.erase("Host");
+    std::multimap<std::string, std::string> expected = {{"Accept", "application/json"},
+                                                        {"Content-Type", "application/json"},
+                                                        {"Content-Length", std::to_string(body.size())}};
+    EXPECT_EQ(headers, expected);
+}
+
+TEST_F(KVRCommunicationControllerTest, JsonRepliesThatAreNotJsonOrDoNotArriveGiveNothing) {
+    LocalHttpsServer server(*trusted_);
+    server.replyToEveryPost(502, "<html>Bad gateway</html>", "text/html");
+    std::string refused = "https://127.0.0.1:" + std::to_string(unusedLoopbackPort()) + "/send";
+    auto results = onOwnThread([&] {
+        std::optional<KVRError> notJsonError;
+        std::optional<KVRError> refusedError;
+        auto notJson = KVRCommunicationController::postJSON("{}", server.url("/send"), &notJsonError);
+        auto failed = KVRCommunicationController::postJSON("{}", refused, &refusedError);
+        auto failedQuietly = KVRCommunicationController::postJSON("{}", refused);
+        return std::make_tuple(notJson, notJsonError, failed, refusedError, failedQuietly);
+    });
+    auto [notJson, notJsonError, failed, refusedError, failedQuietly] = results;
+    EXPECT_FALSE(notJson);
+    EXPECT_FALSE(notJsonError);
+    EXPECT_FALSE(failed);
+    ASSERT_TRUE(refusedError);
+    EXPECT_EQ(refusedError->code(), NSURLErrorCannotConnectToHost);
+    EXPECT_FALSE(failedQuietly);
+}
+
+TEST_F(KVRCommunicationControllerTest, OverrideTakesThePlaceOfTheNetwork) {
+    std::vector<std::tuple<std::string, std::string, std::string>> calls;
+    KVRCommunicationController::setExchangeOverride(
+        [&](const std::string& body, const std::string& url, const std::string& contentType,
+            std::optional<KVRError>* error) -> std::optional<std::string> {
+            calls.emplace_back(body, url, contentType);
+            if (url.find("down") != std::string::npos) {
+                *error = KVRError(NSURLErrorDomain, NSURLErrorTimedOut);
+                return std::nullopt;
+            }
+            return contentType == "application/json" ? std::string("{\"ok\":true}") : std::string("<Rspn>APPR</Rspn>");
+        });
+
+    EXPECT_EQ(KVRCommunicationController::postXml("<A/>", "https://auth.example/Authorize"), "<Rspn>APPR</Rspn>");
+    auto json = KVRCommunicationController::postJSON("{}", "https://mail.example/send");
+    ASSERT_TRUE(json);
+    EXPECT_EQ((*json)["ok"], true);
+    std::optional<KVRError> error;
+    EXPECT_EQ(KVRCommunicationController::postXml("<A/>", "https://down.example/Authorize", &error), std::nullopt);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), NSURLErrorTimedOut);
+    EXPECT_EQ(KVRCommunicationController::postXml("<A/>", "https://down.example/Authorize"), "");
+
+    ASSERT_EQ(calls.size(), 4u);
+    EXPECT_EQ(calls[0], std::make_tuple(std::string("<A/>"), std::string("https://auth.example/Authorize"),
+                                        std::string("text/xml")));
+    EXPECT_EQ(std::get<2>(calls[1]), "application/json");
+}
+
+}  // namespace

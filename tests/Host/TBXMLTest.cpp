@@ -1,0 +1,238 @@
+#include <gtest/gtest.h>
+
+#include "Host/KVRDataCoding.h"
+#include "Host/TBXML.h"
+#include "support/KVRTempDirectory.h"
+
+#include <chrono>
+#include <fstream>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+std::vector<std::string> childNames(const TBXMLElement* parent) {
+    std::vector<std::string> names;
+    for (const TBXMLElement* e = parent ? parent->firstChild : nullptr; e; e = e->nextSibling) names.push_back(e->name);
+    return names;
+}
+
+size_t depthAlongFirstChildren(const TBXMLElement* e) {
+    size_t depth = 0;
+    for (; e; e = e->firstChild) ++depth;
+    return depth;
+}
+
+TEST(TBXML, BuildsTheTreeWithRawTextsAndLinks) {
+    std::optional<KVRError> error;
+    TBXML xml(
+        "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<!DOCTYPE Document>\n"
+        "<Document xmlns=\"urn:x\">\n"
+        "\t<Rspn>APPR</Rspn><!-- between siblings -->\n"
+        "\t<Empty/>\n"
+        "\t<ns:Txt k='single' j = \"double &amp; raw\">x &amp; y</ns:Txt>\n"
+        "</Document>",
+        &error);
+    EXPECT_FALSE(error);
+    const TBXMLElement* root = xml.rootXMLElement();
+    ASSERT_NE(root, nullptr);
+    EXPECT_STREQ(root->name, "Document");
+    EXPECT_EQ(root->parentElement, nullptr);
+    EXPECT_EQ(root->nextSibling, nullptr);
+    EXPECT_EQ(TBXML::valueOfAttributeNamed("xmlns", root), "urn:x");
+    EXPECT_EQ(childNames(root), (std::vector<std::string>{"Rspn", "Empty", "ns:Txt"}));
+
+    const TBXMLElement* rspn = root->firstChild;
+    const TBXMLElement* empty = rspn->nextSibling;
+    const TBXMLElement* txt = empty->nextSibling;
+    EXPECT_STREQ(rspn->text, "APPR");
+    EXPECT_STREQ(empty->text, "");
+    EXPECT_EQ(empty->firstChild, nullptr);
+    EXPECT_STREQ(txt->text, "x &amp; y");
+    EXPECT_EQ(TBXML::valueOfAttributeNamed("k", txt), "single");
+    EXPECT_EQ(TBXML::valueOfAttributeNamed("j", txt), "double &amp; raw");
+    EXPECT_EQ(rspn->previousSibling, nullptr);
+    EXPECT_EQ(empty->previousSibling, rspn);
+    EXPECT_EQ(txt->previousSibling, empty);
+    for (const TBXMLElement* e : {rspn, empty, txt}) EXPECT_EQ(e->parentElement, root);
+    EXPECT_EQ(root->currentChild, txt);
+    // The text before the first child is the white space after the start tag.
+    EXPECT_STREQ(root->text, "\n\t");
+}
+
+TEST(TBXML, TextsKeepWhiteSpaceMergeCdataAndSkipComments) {
+    struct Case {
+        const char* xml;
+        const char* text;
+    };
+    const Case cases[] = {
+        {"<A>  lead\r\n trail  </A>", "  lead\r\n trail  "},
+        {"<A>x<![CDATA[<y> & ]]>z<B/>after</A>", "x<y> & z"},
+        {"<A>x<!-- gone -->y</A>", "xy"},
+        {"<A><![CDATA[]]></A>", ""},
+        {"<A>&lt;&#233;&unknown;</A>", "&lt;&#233;&unknown;"},
+        {"<A>caf\xC3\xA9</A>", "caf\xC3\xA9"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.xml);
+        TBXML xml(c.xml);
+        ASSERT_NE(xml.rootXMLElement(), nullptr);
+        EXPECT_STREQ(xml.rootXMLElement()->text, c.text);
+        EXPECT_EQ(TBXML::textForElement(xml.rootXMLElement()), c.text);
+    }
+}
+
+TEST(TBXML, LookupsMatchNamesExactlyAndReportWhatIsMissing) {
+    TBXML xml("<R><a:X/><X id='1'/><Y/><X id='2'/></R>");
+    const TBXMLElement* root = xml.rootXMLElement();
+    ASSERT_NE(root, nullptr);
+    const TBXMLElement* first = TBXML::childElementNamed("X", root);
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(TBXML::valueOfAttributeNamed("id", first), "1");
+    const TBXMLElement* second = TBXML::nextSiblingNamed("X", first);
+    ASSERT_NE(second, nullptr);
+    EXPECT_EQ(TBXML::valueOfAttributeNamed("id", second), "2");
+    EXPECT_EQ(TBXML::elementName(TBXML::childElementNamed("a:X", root)), "a:X");
+
+    struct Miss {
+        const char* name;
+        std::function<void(std::optional<KVRError>*)> call;
+        long code;
+    };
+    const Miss misses[] = {
+        {"child, wrong case", [&](auto* e) { EXPECT_EQ(TBXML::childElementNamed("x", root, e), nullptr); },
+         TBXMLErrorElementNotFound},
+        {"no later sibling", [&](auto* e) { EXPECT_EQ(TBXML::nextSiblingNamed("X", second, e), nullptr); },
+         TBXMLErrorElementNotFound},
+        {"null parent", [&](auto* e) { EXPECT_EQ(TBXML::childElementNamed("X", nullptr, e), nullptr); },
+         TBXMLErrorElementIsNil},
+        {"empty name", [&](auto* e) { EXPECT_EQ(TBXML::childElementNamed("", root, e), nullptr); },
+         TBXMLErrorParamNameIsNil},
+        {"attribute", [&](auto* e) { EXPECT_EQ(TBXML::valueOfAttributeNamed("ID", first, e), std::nullopt); },
+         TBXMLErrorAttributeNotFound},
+        {"text of null", [&](auto* e) { EXPECT_EQ(TBXML::textForElement(nullptr, e), ""); }, TBXMLErrorElementIsNil},
+        {"name of null", [&](auto* e) { EXPECT_EQ(TBXML::elementName(nullptr, e), ""); }, TBXMLErrorElementIsNil},
+    };
+    for (const auto& miss : misses) {
+        SCOPED_TRACE(miss.name);
+        std::optional<KVRError> error;
+        miss.call(&error);
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->domain(), TBXMLErrorDomain);
+        EXPECT_EQ(error->code(), miss.code);
+        EXPECT_EQ(error->localizedDescription(), TBXML::errorText(miss.code));
+    }
+}
+
+TEST(TBXML, ErrorTexts) {
+    const char* texts[] = {"Data is nil",         "Decode failure",        "Unable to allocate memory",
+                           "File not found in bundle", "Element is nil",   "Element name is nil",
+                           "Element not found",   "Element text is nil",   "Attribute is nil",
+                           "Attribute name is nil", "Attribute not found", "Parameter name is nil"};
+    for (long code = 0; code < 12; ++code) EXPECT_EQ(TBXML::errorText(code), texts[code]);
+    EXPECT_EQ(TBXML::errorText(12), "No Error Description!");
+    EXPECT_EQ(TBXML::errorText(-1), "No Error Description!");
+}
+
+TEST(TBXML, EmptyOrMissingInputGivesNoRoot) {
+    std::optional<KVRError> error;
+    TBXML empty("", &error);
+    EXPECT_EQ(empty.rootXMLElement(), nullptr);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), TBXMLErrorDecodeFailed);
+
+    error.reset();
+    TBXML nil(nullptr, 0, &error);
+    EXPECT_EQ(nil.rootXMLElement(), nullptr);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), TBXMLErrorDataNil);
+
+    TBXML moved = std::move(nil);
+    EXPECT_EQ(nil.rootXMLElement(), nullptr);  // NOLINT(bugprone-use-after-move): a moved-from document is empty
+}
+
+// Inputs a broken or hostile host might send: each must come back quickly
+// with no tree or a partial one, and without exhausting the stack.
+TEST(TBXML, HostileInputsGiveAnEmptyOrPartialTree) {
+    std::string deep;
+    for (int i = 0; i < 100000; ++i) deep += "<a>";
+    std::string deepClosed = deep + "x";
+    for (int i = 0; i < 100000; ++i) deepClosed += "</a>";
+
+    std::string garbage(50u << 20, '\0');
+    std::mt19937 random(7);
+    for (auto& c : garbage) c = static_cast<char>(random());
+
+    const char* fragments[] = {"<a>", "</a>", "<b x='1'>", "</c>", "<!--", "-->", "<![CDATA[", "]]>",
+                               "&amp;", "text", "<?", "?>", "\"", "=", "<d/>", "<!DOCTYPE"};
+    std::string soup;
+    while (soup.size() < (50u << 20)) soup += fragments[random() % std::size(fragments)];
+    std::string hugeText = "<A>" + std::string(50u << 20, 'x') + "</A>";
+
+    std::string laughs = "<?xml version=\"1.0\"?><!DOCTYPE l [<!ENTITY l0 \"ha\">";
+    for (int i = 1; i < 10; ++i) {
+        laughs += "<!ENTITY l" + std::to_string(i) + " \"";
+        for (int j = 0; j < 10; ++j) laughs += "&l" + std::to_string(i - 1) + ";";
+        laughs += "\">";
+    }
+    laughs += "]><l>&l9;</l>";
+
+    struct Case {
+        const char* name;
+        std::string xml;
+        std::optional<bool> rooted;  // unset: either is fine
+        std::optional<size_t> depth;
+    };
+    const Case cases[] = {
+        {"100 000 open levels", deep, true, 100000},
+        {"100 000 closed levels", deepClosed, true, 100000},
+        {"50 MB of random bytes", garbage, false, 0},
+        {"50 MB of tag soup", soup, std::nullopt, std::nullopt},
+        {"50 MB of text in one element", hugeText, true, 1},
+        {"HTML error page", "<html><head><title>500</title></head><body><p>Oops<br></body></html>", true, 3},
+        {"truncated reply", "<Document><AccptrAuthstnRspn><Hdr><MsgFctn>AUT", true, 4},
+        {"entities in a doctype", laughs, true, 1},
+        {"plain text", "Service Unavailable", false, 0},
+        {"lone angle brackets", "<<<<>>>></", false, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        auto start = std::chrono::steady_clock::now();
+        std::optional<KVRError> error;
+        TBXML xml(c.xml, &error);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+        if (c.rooted) EXPECT_EQ(xml.rootXMLElement() != nullptr, *c.rooted);
+        if (c.depth) EXPECT_EQ(depthAlongFirstChildren(xml.rootXMLElement()), *c.depth);
+        if (!xml.rootXMLElement()) EXPECT_TRUE(error);
+    }
+    TBXML entities(laughs);
+    EXPECT_STREQ(entities.rootXMLElement()->text, "&l9;");
+}
+
+TEST(TBXML, ReadsPlainAndGzipFiles) {
+    KVRTempDirectory dir;
+    const std::string xml = "<AidTbl><Aid><Id>1</Id></Aid></AidTbl>";
+    std::ofstream(dir.file("plain.xml"), std::ios::binary) << xml;
+    std::ofstream(dir.file("packed.xml.gz"), std::ios::binary) << *KVRDataCoding::gzipDeflate(xml);
+    std::ofstream(dir.file("broken.gz"), std::ios::binary) << KVRDataCoding::gzipDeflate(xml)->substr(0, 12);
+    for (const char* name : {"plain.xml", "packed.xml.gz"}) {
+        SCOPED_TRACE(name);
+        std::optional<KVRError> error;
+        TBXML file = TBXML::fromFile(dir.file(name), &error);
+        EXPECT_FALSE(error);
+        ASSERT_NE(file.rootXMLElement(), nullptr);
+        EXPECT_EQ(childNames(file.rootXMLElement()), std::vector<std::string>{"Aid"});
+    }
+    std::optional<KVRError> error;
+    EXPECT_EQ(TBXML::fromFile(dir.file("absent.xml"), &error).rootXMLElement(), nullptr);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), TBXMLErrorFileNotFoundInBundle);
+    error.reset();
+    EXPECT_EQ(TBXML::fromFile(dir.file("broken.gz"), &error).rootXMLElement(), nullptr);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), TBXMLErrorDecodeFailed);
+}
+
+}  // namespace
