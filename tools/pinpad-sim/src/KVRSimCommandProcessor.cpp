@@ -104,7 +104,7 @@ std::optional<KVRSimOutcome> KVRSimCommandProcessor::replaced(const std::string&
 }
 
 KVRSimOutcome KVRSimCommandProcessor::opn(KVRSimFieldReader& request) {
-    request.block("OPN block").expectEnd();
+    request.block("block").expectEnd();
     request.expectEnd();
     auto effect = scenario_.match("OPN");
     if (auto other = replaced("OPN", effect)) return *other;
@@ -112,7 +112,7 @@ KVRSimOutcome KVRSimCommandProcessor::opn(KVRSimFieldReader& request) {
 }
 
 std::string KVRSimCommandProcessor::displayMessage(KVRSimFieldReader& request, bool emptyAllowed) {
-    auto block = request.block("message block");
+    auto block = request.block("block");
     std::string message;
     if (!(emptyAllowed && block.remaining() == 0)) {
         message = block.text("message", 32);
@@ -148,7 +148,7 @@ KVRSimOutcome KVRSimCommandProcessor::rmc(KVRSimFieldReader& request) {
 }
 
 KVRSimOutcome KVRSimCommandProcessor::gin(KVRSimFieldReader& request) {
-    auto block = request.block("GIN block");
+    auto block = request.block("block");
     block.number("acqidx", 2);
     block.expectEnd();
     request.expectEnd();
@@ -164,7 +164,7 @@ KVRSimOutcome KVRSimCommandProcessor::gin(KVRSimFieldReader& request) {
 }
 
 KVRSimOutcome KVRSimCommandProcessor::prt(KVRSimFieldReader& request) {
-    auto block = request.block("PRT block");
+    auto block = request.block("block");
     auto action = block.number("action", 1);
     if (action == 0) {
         block.number("size", 1);
@@ -189,7 +189,7 @@ KVRSimOutcome KVRSimCommandProcessor::prt(KVRSimFieldReader& request) {
 }
 
 KVRSimOutcome KVRSimCommandProcessor::gpn(KVRSimFieldReader& request) {
-    auto block = request.block("GPN block");
+    auto block = request.block("block");
     auto method = block.number("method", 1);
     block.number("keydix", 2);
     if (method == 0) {
@@ -226,7 +226,7 @@ void KVRSimCommandProcessor::checkDateAndTime(const std::string& date, const std
 }
 
 KVRSimOutcome KVRSimCommandProcessor::gcr(KVRSimFieldReader& request) {
-    auto block = request.block("GCR block");
+    auto block = request.block("block");
     auto acquirer = static_cast<int>(block.number("acqidxreq", 2));
     auto applicationType = static_cast<int>(block.number("apptypreq", 2));
     block.number("amount", 12);
@@ -273,7 +273,7 @@ std::string KVRSimCommandProcessor::gcrBody(const KVRSimCard& card, int applicat
 }
 
 KVRSimOutcome KVRSimCommandProcessor::goc(KVRSimFieldReader& request) {
-    auto block = request.block("GOC block 1");
+    auto block = request.block("block 1");
     auto amount = number(block.number("amount", 12), 12);
     block.number("cashback", 12);
     block.flag("exclist");
@@ -293,7 +293,8 @@ KVRSimOutcome KVRSimCommandProcessor::goc(KVRSimFieldReader& request) {
     }
     block.text("acqpr", static_cast<size_t>(acquirerDataLength));
     block.expectEnd();
-    auto tags = request.countedHex("tags1") + request.countedHex("tags2");
+    auto tags = request.countedHex("tags1");
+    tags += request.countedHex("tags2");
     if (acquirerDataLength == 3) {
         request.number("acrprTransactionType", 2);
         request.flag("acqprBool");
@@ -315,7 +316,7 @@ KVRSimOutcome KVRSimCommandProcessor::goc(KVRSimFieldReader& request) {
 }
 
 KVRSimOutcome KVRSimCommandProcessor::fnc(KVRSimFieldReader& request) {
-    auto block = request.block("FNC block 1");
+    auto block = request.block("block 1");
     block.number("communicationStatus", 1);
     block.number("issuer mode", 1);
     auto actionCode = block.text("authorizationResponseCode", 2);
@@ -335,7 +336,7 @@ KVRSimOutcome KVRSimCommandProcessor::fnc(KVRSimFieldReader& request) {
 }
 
 KVRSimOutcome KVRSimCommandProcessor::tli(KVRSimFieldReader& request) {
-    auto block = request.block("TLI block");
+    auto block = request.block("block");
     auto acquirer = static_cast<int>(block.number("acqidxreq", 2));
     auto stamp = block.rightAlignedDigits("tabver", 10);
     block.expectEnd();
@@ -347,7 +348,7 @@ KVRSimOutcome KVRSimCommandProcessor::tli(KVRSimFieldReader& request) {
 }
 
 KVRSimOutcome KVRSimCommandProcessor::tlr(KVRSimFieldReader& request) {
-    auto block = request.block("TLR block");
+    auto block = request.block("block");
     auto count = block.number("record count", 2);
     if (count < 1) {
         throw KVRSimLayoutError("TLR block: field record count must be at least 01");
@@ -379,7 +380,7 @@ KVRSimOutcome KVRSimCommandProcessor::tlr(KVRSimFieldReader& request) {
 }
 
 KVRSimOutcome KVRSimCommandProcessor::tle(KVRSimFieldReader& request) {
-    request.block("TLE block").expectEnd();
+    request.block("block").expectEnd();
     request.expectEnd();
     auto effect = scenario_.match("TLE");
     if (auto other = replaced("TLE", effect)) return *other;
