@@ -1,6 +1,9 @@
 #include "KVRSimPtyTransport.h"
 
 #include <cerrno>
+#include <chrono>
+#include <sys/ioctl.h>
+#include <thread>
 #include <fcntl.h>
 #include <iostream>
 #include <stdlib.h>
@@ -88,8 +91,23 @@ void KVRSimPtyTransport::send(std::string_view bytes) {
 }
 
 std::optional<std::string> KVRSimPtyTransport::hangUp() {
+    waitUntilRead();
     closeTerminal();
     return open();
+}
+
+void KVRSimPtyTransport::waitUntilRead() {
+    // A hang-up flushes what the host has not read yet, and it is meant to
+    // come after the bytes sent before it. Written bytes reach the slave's
+    // queue a moment after write() returns, hence the first pause.
+    std::this_thread::sleep_for(std::chrono::milliseconds(kDrainStepMs));
+    for (int waited = 0; waited < kDrainPatienceMs; waited += kDrainStepMs) {
+        int pending = 0;
+        if (ioctl(slave_, FIONREAD, &pending) != 0 || pending == 0) {
+            return;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(kDrainStepMs));
+    }
 }
 
 void KVRSimPtyTransport::closeTerminal() {

@@ -23,6 +23,10 @@ public:
     void close() override;
 
 private:
+    static constexpr int kDrainPatienceMs = 2000;
+    static constexpr int kDrainStepMs = 10;
+
+    void waitUntilRead();
     void closeTerminal();
     void pointLinkAt(const std::string& slavePath);
 
