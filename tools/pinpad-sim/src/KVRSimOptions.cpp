@@ -3,6 +3,7 @@
 #include "KVRSimCard.h"
 
 #include <algorithm>
+#include <cctype>
 #include <set>
 
 namespace {
@@ -114,7 +115,10 @@ It answers every request frame (SYN, text, ETB, CRC-16/XMODEM high byte first)
 with ACK (0x06) and the response frame. A frame with a bad CRC, or a text that
 breaks its command's layout (block lengths, field widths, digit and hex fields,
 unknown command), gets NAK (0x15) and a line on standard error.
-Commands: OPN CLO GIN DSP RMC PRT GPN GCR GOC FNC TLI TLR TLE.
+Commands: OPN CLO GIN DSP RMC PRT GPN GCR GOC FNC TLI TLR TLE. TLR takes AID
+records (table type 1, 281 characters) and CAPK records (type 2, 608 characters);
+the three-digit length in front of a record may count its own digits or not.
+Table commands outside a load (TLR or TLE without TLI) are answered 010.
 
 Endpoint (one of):
   --pty               a pseudo-terminal, raw on both sides (the default)

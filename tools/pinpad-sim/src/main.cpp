@@ -7,6 +7,7 @@
 #include "KVRSimTableStore.h"
 #include "KVRSimTcpTransport.h"
 
+#include <csignal>
 #include <iostream>
 #include <memory>
 #include <vector>
@@ -43,6 +44,9 @@ int serve(const KVRSimOptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // A reader that stops listening after the ready line must not kill the
+    // emulator when it announces a reopened terminal.
+    std::signal(SIGPIPE, SIG_IGN);
     KVRSimOptions options;
     try {
         options = KVRSimOptions::parse(std::vector<std::string>(argv + 1, argv + argc));

@@ -2,6 +2,8 @@
 
 #include "KVRSimTestRequests.h"
 
+#include <gtest/gtest.h>
+
 #include <stdexcept>
 
 KVRSimTestBench::KVRSimTestBench(std::vector<std::string> arguments, Endpoint endpoint)
@@ -15,6 +17,15 @@ KVRSimTestBench::KVRSimTestBench(std::shared_ptr<KVRSimTestDirectory> directory,
     }
     process_ = std::make_unique<KVRSimTestProcess>(arguments, directory_->file("stderr.txt"));
     endpoint_ = process_->waitReady();
+}
+
+KVRSimTestBench::~KVRSimTestBench() {
+    client_.reset();
+    int status = process_->terminate();
+    auto errors = this->errors();
+    if (status != 0 || errors.find("Sanitizer") != std::string::npos || errors.find("runtime error") != std::string::npos) {
+        ADD_FAILURE() << "the emulator ended with status " << status << ":\n" << errors;
+    }
 }
 
 std::unique_ptr<KVRSimTestBench> KVRSimTestBench::withScenario(const std::string& scenario,

@@ -16,6 +16,11 @@ public:
 
     explicit KVRSimTestBench(std::vector<std::string> arguments = {}, Endpoint endpoint = Endpoint::Tcp);
     /// Starts with a scenario file holding `scenario` (JSON).
+    /// Stops the emulator and fails the test unless it ends cleanly.
+    ~KVRSimTestBench();
+    KVRSimTestBench(const KVRSimTestBench&) = delete;
+    KVRSimTestBench& operator=(const KVRSimTestBench&) = delete;
+
     static std::unique_ptr<KVRSimTestBench> withScenario(const std::string& scenario,
                                                          std::vector<std::string> arguments = {});
 

@@ -82,14 +82,15 @@ int KVRSimTestProcess::terminate() {
 
 int KVRSimTestProcess::wait() {
     if (pid_ <= 0) {
-        return -1;
+        return status_;
     }
     int status = 0;
     waitpid(pid_, &status, 0);
     pid_ = -1;
     while (readMore(std::chrono::milliseconds(0))) {
     }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    status_ = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    return status_;
 }
 
 std::string KVRSimTestProcess::output() {

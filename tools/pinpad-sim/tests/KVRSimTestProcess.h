@@ -19,7 +19,7 @@ public:
 
     /// The endpoint named by the next ready line; throws if none comes in time.
     std::string waitReady();
-    /// Sends SIGTERM and returns the exit status.
+    /// Sends SIGTERM (unless it has ended) and returns the exit status.
     int terminate();
     /// Waits for the process to end by itself; returns the exit status.
     int wait();
@@ -33,6 +33,7 @@ private:
     bool readMore(std::chrono::milliseconds patience);
 
     pid_t pid_ = -1;
+    int status_ = -1;
     int output_ = -1;
     std::string buffer_;
     size_t consumed_ = 0;
