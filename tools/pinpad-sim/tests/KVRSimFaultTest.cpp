@@ -1,0 +1,163 @@
+#include "KVRSimTestBench.h"
+#include "KVRSimTestRequests.h"
+#include "KVRSimTestWire.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace {
+
+using R = KVRSimTestRequests;
+using Wire = KVRSimTestWire;
+
+TEST(KVRSimFaults, ReturnCodesAndDecisionsReplaceTheNormalReplies) {
+    auto bench = KVRSimTestBench::withScenario(R"({"faults": [
+        {"command": "GCR", "nth": 1, "status": 13},
+        {"command": "GCR", "nth": 2, "status": 70},
+        {"command": "GOC", "nth": 1, "status": 12},
+        {"command": "GOC", "nth": 2, "status": 13},
+        {"command": "GOC", "nth": 3, "decision": 1},
+        {"command": "FNC", "decision": 1},
+        {"command": "OPN", "status": 15, "times": 2}]})");
+    auto& host = bench->client();
+    EXPECT_EQ(host.exchange(R::gcr()), "GCR020") << "tables come before rules, and this read is not counted";
+    bench->loadTables();
+    EXPECT_EQ(host.exchange(R::gcr()), "GCR013") << "user cancel";
+    EXPECT_EQ(host.exchange(R::gcr()), "GCR070") << "card invalid";
+    EXPECT_EQ(host.exchange(R::gcr()).substr(0, 6), "GCR000");
+    EXPECT_EQ(host.exchange(R::goc(1000)), "GOC012") << "time-out";
+    EXPECT_EQ(host.exchange(R::goc(1000)), "GOC013") << "cancel";
+    auto declined = host.exchange(R::goc(1000));
+    EXPECT_EQ(declined.substr(9, 6), "100000") << "declined off-line, no PIN";
+    EXPECT_EQ(declined.substr(15, 36), std::string(36, ' '));
+    EXPECT_NE(declined.find("9F270100"), std::string::npos) << "the card answers with an AAC";
+    EXPECT_EQ(host.exchange(R::goc(1000)).substr(9, 1), "2") << "rules with nth are used up";
+    EXPECT_EQ(host.exchange(R::fnc("00")).substr(9, 1), "1") << "the card refuses the approval";
+    EXPECT_EQ(host.exchange("OPN000"), "OPN015");
+    EXPECT_EQ(host.exchange("OPN000"), "OPN015");
+    EXPECT_EQ(host.exchange("OPN000"), "OPN000") << "times 2 is spent";
+}
+
+TEST(KVRSimFaults, NotificationsComeFirstEachAfterItsOwnAck) {
+    KVRSimTestDirectory logs;
+    auto bench = KVRSimTestBench::withScenario(
+        R"({"faults": [{"command": "GCR", "ntm": ["INSIRA OU PASSE O CARTAO", "PROCESSANDO"]}]})",
+        {"--display-log", logs.file("display.log")});
+    bench->loadTables();
+    auto& host = bench->client();
+    host.send(Wire::frame(R::gcr()));
+    EXPECT_EQ(host.readByte(), Wire::kAck);
+    EXPECT_EQ(host.readFrame().raw, Wire::frame("NTM000024INSIRA OU PASSE O CARTAO"));
+    EXPECT_EQ(host.readByte(), Wire::kAck);
+    EXPECT_EQ(host.readFrame().raw, Wire::frame("NTM000011PROCESSANDO"));
+    EXPECT_EQ(host.readByte(), Wire::kAck);
+    EXPECT_EQ(host.readFrame().text.substr(0, 6), "GCR000");
+    EXPECT_EQ(logs.read("display.log"), "INSIRA OU PASSE |O CARTAO        \nPROCESSANDO     |                \n");
+}
+
+TEST(KVRSimFaults, SplitReplyArrivesInTheAskedPieces) {
+    auto bench = KVRSimTestBench::withScenario(
+        R"({"faults": [{"command": "GIN", "split": [1, 4], "split_delay_ms": 300},
+                       {"command": "OPN", "split": 2, "split_delay_ms": 1}]})");
+    auto& host = bench->client();
+    host.send(Wire::frame("GIN00200"));
+    EXPECT_EQ(host.readByte(), Wire::kAck);
+    std::vector<size_t> pieces;
+    std::string frame;
+    while (frame.size() < 1 + 109 + 3) {
+        auto chunk = host.readChunk();
+        ASSERT_FALSE(chunk.empty());
+        pieces.push_back(chunk.size());
+        frame += chunk;
+    }
+    EXPECT_EQ(pieces, (std::vector<size_t>{1, 4, 108}));
+    EXPECT_EQ(frame.substr(1, 9), "GIN000100");
+    EXPECT_EQ(host.exchange("OPN000"), "OPN000") << "pieces of two bytes reassemble";
+}
+
+TEST(KVRSimFaults, DamagedFramesCarryTheDamageAsked) {
+    auto bench = KVRSimTestBench::withScenario(R"({"faults": [
+        {"command": "OPN", "nth": 1, "stray_syn": 3},
+        {"command": "OPN", "nth": 2, "bad_crc": true}]})");
+    auto& host = bench->client();
+    host.send(Wire::frame("OPN000"));
+    EXPECT_EQ(host.readByte(), Wire::kAck);
+    auto stray = host.readFrame();
+    EXPECT_EQ(Wire::hexDump(stray.raw), "16 4F 50 4E 16 30 30 30 17 77 5E ") << "CRC of the text without the stray SYN";
+    host.send(Wire::frame("OPN000"));
+    EXPECT_EQ(host.readByte(), Wire::kAck);
+    auto wrong = host.readFrame();
+    EXPECT_EQ(wrong.text, "OPN000");
+    EXPECT_FALSE(wrong.crcMatches);
+}
+
+TEST(KVRSimFaults, SilenceSendsNothingOrOnlyTheAck) {
+    auto bench = KVRSimTestBench::withScenario(R"({"faults": [
+        {"command": "GIN", "nth": 1, "silence": true},
+        {"command": "GIN", "nth": 2, "silence": true, "ack": true}]})");
+    auto& host = bench->client();
+    // Replies keep request order, so the byte after a silenced request belongs to the next one.
+    host.send(Wire::frame("GIN00200") + Wire::frame("OPN000"));
+    EXPECT_EQ(host.readByte(), Wire::kAck);
+    EXPECT_EQ(host.readFrame().text, "OPN000");
+    host.send(Wire::frame("GIN00200") + Wire::frame("OPN000"));
+    EXPECT_EQ(host.readByte(), Wire::kAck);
+    EXPECT_EQ(host.readByte(), Wire::kAck);
+    EXPECT_EQ(host.readFrame().text, "OPN000");
+}
+
+TEST(KVRSimFaults, HangUpOnTcpClosesTheConnectionAndTheNextHostIsServed) {
+    auto bench = KVRSimTestBench::withScenario(R"({"faults": [
+        {"command": "GIN", "nth": 1, "hangup": true},
+        {"command": "GIN", "nth": 2, "hangup": "after"}]})");
+    {
+        auto host = bench->connect();
+        host->send(Wire::frame("GIN00200"));
+        EXPECT_TRUE(host->seesHangUp());
+    }
+    {
+        auto host = bench->connect();
+        EXPECT_EQ(host->exchange("GIN00200").substr(0, 6), "GIN000");
+        EXPECT_TRUE(host->seesHangUp());
+    }
+    EXPECT_EQ(bench->connect()->exchange("OPN000"), "OPN000");
+}
+
+TEST(KVRSimFaults, HangUpOnATerminalOpensANewOneAndMovesTheLink) {
+    KVRSimTestDirectory place;
+    auto link = place.file("pinpad");
+    KVRSimTestBench bench({"--pty", "--link", link, "--fault", R"({"command":"GIN","hangup":true,"ack":true,"nth":1})"},
+                          KVRSimTestBench::Endpoint::Pty);
+    auto& host = bench.client();
+    host.send(Wire::frame("GIN00200"));
+    EXPECT_EQ(host.readByte(), Wire::kAck);
+    EXPECT_TRUE(host.seesHangUp());
+    bench.reopen();
+    EXPECT_EQ(std::filesystem::read_symlink(link).string(), bench.endpoint());
+    KVRSimTestClient throughLink(link);
+    EXPECT_EQ(throughLink.exchange("GIN00200").substr(0, 6), "GIN000");
+}
+
+TEST(KVRSimFaults, ScenarioMistakesStopTheStartWithTheReason) {
+    const std::pair<const char*, const char*> mistakes[] = {
+        {R"({"cards": ["chip-amex"]})", "unknown card \"chip-amex\""},
+        {R"({"faults": [{"command": "GCR", "stauts": 13}]})", "unknown fault key \"stauts\""},
+        {R"({"faults": [{"status": 13}]})", "\"command\""},
+        {R"({"faults": [{"command": "GOC", "hangup": "later"}]})", "\"hangup\""},
+        {R"({"fault": []})", "unknown scenario key \"fault\""},
+        {R"(not json)", "JSON object"},
+    };
+    for (const auto& [scenario, reason] : mistakes) {
+        SCOPED_TRACE(scenario);
+        KVRSimTestDirectory place;
+        place.write("scenario.json", scenario);
+        auto [status, output] =
+            KVRSimTestProcess::run({"--tcp", "0", "--scenario", place.file("scenario.json")}, place.file("stderr.txt"));
+        EXPECT_EQ(status, 2);
+        EXPECT_EQ(output, "") << "no ready line";
+        EXPECT_NE(place.read("stderr.txt").find(reason), std::string::npos) << place.read("stderr.txt");
+    }
+}
+
+}  // namespace

@@ -1,0 +1,67 @@
+#include "KVRSimTestBench.h"
+#include "KVRSimTestRequests.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using R = KVRSimTestRequests;
+
+std::vector<std::string> withState(const KVRSimTestDirectory& state) {
+    return {"--state", state.path()};
+}
+
+TEST(KVRSimTables, CardReadNeedsACompleteLoadWithTheRequestedStamp) {
+    KVRSimTestBench bench;
+    auto& host = bench.client();
+    EXPECT_EQ(host.exchange(R::gcr()), "GCR020");
+    EXPECT_EQ(host.exchange(R::tli()), "TLI000");
+    EXPECT_EQ(host.exchange(R::tlr({R::aidRecord(), R::capkRecord()}, 0)), "TLR000");
+    EXPECT_EQ(host.exchange(R::gcr()), "GCR020") << "a load without TLE is not complete";
+    EXPECT_EQ(host.exchange("TLE000"), "TLE000");
+    EXPECT_EQ(host.exchange(R::gcr()).substr(0, 9), "GCR000342");
+    EXPECT_EQ(host.exchange(R::gcr("2015010100")), "GCR020") << "another stamp";
+    EXPECT_EQ(host.exchange(R::tli("2015010100")), "TLI000");
+    EXPECT_EQ(host.exchange(R::gcr()), "GCR020") << "TLI voids the tables it replaces";
+}
+
+TEST(KVRSimTables, RecordsOutsideALoadAreRefusedWithInvalidCall) {
+    KVRSimTestBench bench;
+    auto& host = bench.client();
+    EXPECT_EQ(host.exchange(R::tlr({R::aidRecord()})), "TLR010");
+    EXPECT_EQ(host.exchange("TLE000"), "TLE010");
+    bench.loadTables();
+    EXPECT_EQ(host.exchange("TLE000"), "TLE010") << "a second TLE has no load to end";
+}
+
+TEST(KVRSimTables, LoadedTablesSurviveARestartWithTheSameState) {
+    KVRSimTestDirectory state;
+    {
+        KVRSimTestBench first(withState(state));
+        first.loadTables();
+    }
+    auto saved = nlohmann::json::parse(state.read("pinpad-tables.json"));
+    EXPECT_EQ(saved["stamp"], R::kStamp);
+    EXPECT_EQ(saved["aid"], nlohmann::json::array({R::aidRecord()}));
+    EXPECT_EQ(saved["capk"], nlohmann::json::array({R::capkRecord()}));
+
+    KVRSimTestBench second(withState(state));
+    EXPECT_EQ(second.client().exchange(R::gcr()).substr(0, 6), "GCR000");
+    EXPECT_EQ(second.client().exchange(R::tli()), "TLI000");
+    second.process().terminate();
+
+    KVRSimTestBench third(withState(state));
+    EXPECT_EQ(third.client().exchange(R::gcr()), "GCR020") << "the interrupted load was persisted as well";
+}
+
+TEST(KVRSimTables, DamagedStateFileStopsTheStartWithAReason) {
+    KVRSimTestDirectory state;
+    state.write("pinpad-tables.json", R"({"stamp":"2014053065","aid":["1too short"],"capk":[]})");
+    auto [status, output] = KVRSimTestProcess::run({"--tcp", "0", "--state", state.path()}, state.file("stderr.txt"));
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(output, "");
+    EXPECT_NE(state.read("stderr.txt").find("pinpad-tables.json"), std::string::npos);
+}
+
+}  // namespace
