@@ -78,9 +78,11 @@ KVRPersistentStore::OpenResult KVRPersistentStore::openFile(KVRError& error) {
     sqlite3_extended_result_codes(db_, 1);
     sqlite3_busy_timeout(db_, kBusyTimeoutMilliseconds);
     OpenResult result = inspect(error);
-    if (result == OpenResult::Opened && !configureAndMigrate()) {
-        error = lastError();
-        result = isUnreadable(sqlite3_extended_errcode(db_)) ? OpenResult::Unreadable : OpenResult::Failed;
+    if (result == OpenResult::Opened) {
+        if (auto failure = configureAndMigrate()) {
+            error = *failure;
+            result = isUnreadable(static_cast<int>(failure->code())) ? OpenResult::Unreadable : OpenResult::Failed;
+        }
     }
     if (result != OpenResult::Opened) close();
     return result;
@@ -95,14 +97,7 @@ KVRPersistentStore::OpenResult KVRPersistentStore::inspect(KVRError& error) {
         error = sqliteError(code);
         return isUnreadable(code) ? OpenResult::Unreadable : OpenResult::Failed;
     }
-    KVRSQLiteStatement check(db_, "PRAGMA quick_check");
-    int step = check.step();
-    if (step != SQLITE_ROW || check.columnText(0) != "ok") {
-        error = step == SQLITE_ROW ? KVRError(kSQLiteErrorDomain, SQLITE_CORRUPT, {{NSLocalizedDescriptionKey, check.columnText(0)}})
-                                   : lastError();
-        return step == SQLITE_ROW || isUnreadable(sqlite3_extended_errcode(db_)) ? OpenResult::Unreadable
-                                                                                  : OpenResult::Failed;
-    }
+    if (OpenResult checked = checkIntegrity(error); checked != OpenResult::Opened) return checked;
     if (*version > KVRManagedObjectModel::kSchemaVersion) {
         KVRLoggingUtil::console(KVRStringUtil::format(
             "The store %s has version %d, newer than version %d of this library; it is left untouched and the "
@@ -115,6 +110,18 @@ KVRPersistentStore::OpenResult KVRPersistentStore::inspect(KVRError& error) {
     return OpenResult::Opened;
 }
 
+KVRPersistentStore::OpenResult KVRPersistentStore::checkIntegrity(KVRError& error) {
+    KVRSQLiteStatement check(db_, "PRAGMA quick_check");
+    if (check.step() != SQLITE_ROW) {
+        error = lastError();
+        return isUnreadable(static_cast<int>(error.code())) ? OpenResult::Unreadable : OpenResult::Failed;
+    }
+    std::string verdict = check.columnText(0);
+    if (verdict == "ok") return OpenResult::Opened;
+    error = KVRError(kSQLiteErrorDomain, SQLITE_CORRUPT, {{NSLocalizedDescriptionKey, verdict}});
+    return OpenResult::Unreadable;
+}
+
 std::optional<int> KVRPersistentStore::readVersion(int& code) {
     KVRSQLiteStatement statement(db_, "PRAGMA user_version");
     if (!statement.isValid() || statement.step() != SQLITE_ROW) {
@@ -124,13 +131,17 @@ std::optional<int> KVRPersistentStore::readVersion(int& code) {
     return static_cast<int>(statement.columnInt64(0));
 }
 
-bool KVRPersistentStore::configureAndMigrate() {
-    KVRSQLiteStatement journal(db_, "PRAGMA journal_mode = WAL");
-    if (journal.step() != SQLITE_ROW || journal.columnText(0) != "wal") return false;
-    if (!run(db_, "PRAGMA synchronous = FULL") || !beginTransaction()) return false;
-    if (KVRStoreSchema(model_).apply(db_) && commitTransaction()) return true;
+std::optional<KVRError> KVRPersistentStore::configureAndMigrate() {
+    if (!switchToWriteAheadLog() || !run(db_, "PRAGMA synchronous = FULL") || !beginTransaction()) return lastError();
+    if (KVRStoreSchema(model_).apply(db_) && commitTransaction()) return std::nullopt;
+    KVRError error = lastError();
     rollbackTransaction();
-    return false;
+    return error;
+}
+
+bool KVRPersistentStore::switchToWriteAheadLog() {
+    KVRSQLiteStatement journal(db_, "PRAGMA journal_mode = WAL");
+    return journal.step() == SQLITE_ROW && journal.columnText(0) == "wal" && journal.step() == SQLITE_DONE;
 }
 
 bool KVRPersistentStore::moveAside(const KVRError& reason) {

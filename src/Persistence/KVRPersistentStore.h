@@ -65,7 +65,9 @@ private:
     KVRPersistentStore(std::string path, const KVRManagedObjectModel& model);
     OpenResult openFile(KVRError& error);
     OpenResult inspect(KVRError& error);
-    bool configureAndMigrate();
+    OpenResult checkIntegrity(KVRError& error);
+    std::optional<KVRError> configureAndMigrate();
+    bool switchToWriteAheadLog();
     std::optional<int> readVersion(int& code);
     bool moveAside(const KVRError& reason);
     void close();
