@@ -45,7 +45,7 @@ public:
     bool isInserted() const;
     /// Deleted, or never part of a store: changes to it are not kept.
     bool isDeleted() const;
-    /// Written at least once, with changes not yet saved.
+    /// Created, changed or deleted since the last save.
     bool hasChanges() const;
 
 protected:

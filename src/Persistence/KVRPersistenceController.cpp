@@ -11,6 +11,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr long kStoreErrorCode = 9999;
+constexpr const char* NSCocoaErrorDomain = "NSCocoaErrorDomain";
+constexpr long kNoDirectoryCode = 4;  // no such file
 
 void logUnresolved(const KVRError& error) {
     KVRLoggingUtil::console("Unresolved error " + error.description() + ", " +
@@ -25,7 +27,9 @@ KVRPersistenceController& KVRPersistenceController::sharedController() {
 }
 
 std::string KVRPersistenceController::applicationDocumentsDirectory() const {
-    std::string path = KVRDirectories::libraryDirectory() + "/" + kLibraryBundleIdentifier;
+    std::string library = KVRDirectories::libraryDirectory();
+    if (library.empty()) return {};  // the reason is logged already
+    std::string path = library + "/" + kLibraryBundleIdentifier;
     std::error_code ec;
     if (fs::exists(path, ec)) {
         if (!fs::is_directory(path, ec)) KVRLoggingUtil::console("Path " + path + " exists but is no directory");
@@ -43,10 +47,12 @@ std::shared_ptr<KVRManagedObjectContext> KVRPersistenceController::managedObject
 }
 
 std::unique_ptr<KVRPersistentStore> KVRPersistenceController::openStore() const {
-    std::string path = applicationDocumentsDirectory() + "/" + kStoreFileName;
-    KVRError storeError;
-    auto store = KVRPersistentStore::open(path, managedObjectModel(), storeError);
-    if (store) return store;
+    std::string directory = applicationDocumentsDirectory();
+    KVRError storeError(NSCocoaErrorDomain, kNoDirectoryCode, {{NSLocalizedDescriptionKey, "No store directory."}});
+    if (!directory.empty()) {
+        auto store = KVRPersistentStore::open(directory + "/" + kStoreFileName, managedObjectModel(), storeError);
+        if (store) return store;
+    }
     logUnresolved(KVRError(KovraDomain, kStoreErrorCode,
                            {{NSLocalizedDescriptionKey, "Failed to initialize the application's saved data"},
                             {NSLocalizedFailureReasonErrorKey,

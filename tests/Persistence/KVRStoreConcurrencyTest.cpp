@@ -15,9 +15,9 @@
 
 namespace {
 
-constexpr int kSales = 150;
+constexpr int kSales = 100;
 constexpr int kEnrolmentWorkers = 4;
-constexpr int kEnrolmentRounds = 40;
+constexpr int kEnrolmentRounds = 30;
 
 // What a sale does to the store: a new record linked to the merchant and a
 // PIN pad, saved, then its result saved; every fifth one is declined and

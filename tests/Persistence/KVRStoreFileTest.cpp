@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <kovra/KVRMerchantModel.h>
+#include <kovra/KVRTmsTableModel.h>
 #include <kovra/KVRTransactionModel.h>
 
+#include "Persistence/KVRPersistenceController.h"
 #include "Persistence/KVRStoreFileInspector.h"
 #include "support/KVRLogCapture.h"
 #include "support/KVRTemporaryStore.h"
@@ -182,6 +184,28 @@ TEST_F(KVRStoreFileTest, AnOlderStoreGetsTheMissingTablesAndColumnsAndKeepsItsRo
     ASSERT_NE(reread->merchant(), nullptr);
     EXPECT_EQ(reread->merchant()->kovracode(), "K-1");
     EXPECT_EQ(KVRStoreFileInspector(store.storePath()).number("PRAGMA user_version"), 1);
+}
+
+TEST_F(KVRStoreFileTest, FailedReadsAndWritesAreLoggedAndLeaveTheChangesPending) {
+    auto tables = KVRTmsTableModel::create();
+    tables->save();
+    makeDatabase(store.storePath(), "DROP TABLE KVRTmsTableModel");  // pulled from under the open store
+    KVRLogCapture log;
+
+    EXPECT_TRUE(KVRTmsTableModel::findAll().empty());
+    EXPECT_TRUE(log.contains("Problem! Error Domain=NSSQLiteErrorDomain")) << log.text();
+    tables->setAidTable("<AidTbl/>");
+    tables->save();
+    EXPECT_TRUE(log.contains("An error!! Error Domain=NSSQLiteErrorDomain")) << log.text();
+    EXPECT_TRUE(tables->hasChanges());
+    KVRPersistenceController::sharedController().saveContext();
+    EXPECT_TRUE(log.contains("Unresolved error Error Domain=NSSQLiteErrorDomain")) << log.text();
+
+    // Nothing of the failed save was written, not even the other records.
+    auto merchant = KVRMerchantModel::create();
+    merchant->save();
+    EXPECT_EQ(KVRStoreFileInspector(store.storePath()).count("KVRMerchantModel"), 0);
+    EXPECT_TRUE(merchant->isInserted());
 }
 
 TEST_F(KVRStoreFileTest, WithoutAStoreDirectoryTheLibraryGoesOnWithoutAStore) {
