@@ -5,6 +5,9 @@
 
 /// Key of the one user-information entry every library error carries.
 inline constexpr const char* NSLocalizedDescriptionKey = "NSLocalizedDescription";
+/// Further user-information keys of errors that wrap another one.
+inline constexpr const char* NSLocalizedFailureReasonErrorKey = "NSLocalizedFailureReason";
+inline constexpr const char* NSUnderlyingErrorKey = "NSUnderlyingError";
 /// Domain of transport errors reported by the HTTP exchange (URL-loading codes).
 inline constexpr const char* NSURLErrorDomain = "NSURLErrorDomain";
 
@@ -24,6 +27,11 @@ public:
     /// The description of the user information, or a generic text naming
     /// domain and code when there is none.
     std::string localizedDescription() const;
+    /// The error as logs show it:
+    /// Error Domain=<domain> Code=<code> "<description>" UserInfo={key=value; ...}
+    std::string description() const;
+    /// "{key=value; ...}", keys in order.
+    static std::string describeUserInfo(const UserInfo& userInfo);
 
     bool operator==(const KVRError& other) const;
     bool operator!=(const KVRError& other) const { return !(*this == other); }

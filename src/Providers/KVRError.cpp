@@ -9,6 +9,20 @@ std::string KVRError::localizedDescription() const {
     return "The operation couldn't be completed. (" + domain_ + " error " + std::to_string(code_) + ".)";
 }
 
+std::string KVRError::description() const {
+    return "Error Domain=" + domain_ + " Code=" + std::to_string(code_) + " \"" + localizedDescription() +
+           "\" UserInfo=" + describeUserInfo(userInfo_);
+}
+
+std::string KVRError::describeUserInfo(const UserInfo& userInfo) {
+    std::string text = "{";
+    for (const auto& [key, value] : userInfo) {
+        if (text.size() > 1) text += "; ";
+        text += key + "=" + value;
+    }
+    return text + "}";
+}
+
 bool KVRError::operator==(const KVRError& other) const {
     return code_ == other.code_ && domain_ == other.domain_;
 }

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <kovra/KVRRecord.h>
+
+#include <optional>
+#include <string>
+
+/// The EMV tables as last received from the terminal-management host: the AID
+/// and CAPK table blocks as texts.
+class KVRTmsTableModel : public KVRRecord<KVRTmsTableModel> {
+public:
+    static const KVREntityDescription& entity();
+
+    std::optional<std::string> aidTable() const;
+    void setAidTable(std::optional<std::string> value);
+    std::optional<std::string> capkTable() const;
+    void setCapkTable(std::optional<std::string> value);
+
+protected:
+    KVRTmsTableModel() = default;
+};

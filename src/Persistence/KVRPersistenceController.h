@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Persistence/KVRManagedObjectContext.h"
+#include "Persistence/KVRManagedObjectModel.h"
+
+#include <memory>
+#include <string>
+
+/// Owns the object store: the model, the SQLite file "KovraSDK.sqlite" in the
+/// store directory, and the one context every record lives in. The store is
+/// opened on first use; when it cannot be opened the failure is logged and the
+/// library goes on without one (finds are empty, saves keep nothing).
+class KVRPersistenceController {
+public:
+    static constexpr const char* kLibraryBundleIdentifier = "br.com.kovra.KovraSDK";
+    static constexpr const char* kStoreFileName = "KovraSDK.sqlite";
+
+    static KVRPersistenceController& sharedController();
+
+    /// The store directory: the Library directory plus the library's bundle
+    /// identifier, created with its parents when missing.
+    std::string applicationDocumentsDirectory() const;
+    const KVRManagedObjectModel& managedObjectModel() const { return KVRManagedObjectModel::sharedModel(); }
+    /// The one context, opening the store on first use.
+    std::shared_ptr<KVRManagedObjectContext> managedObjectContext();
+    /// Saves the context when it has changes; a failure is logged.
+    void saveContext();
+
+    /// Test seam: closes the store and drops the context (records of it become
+    /// detached). The next use opens the store again where KVRDirectories
+    /// points then.
+    static void resetSharedControllerForTesting();
+
+private:
+    KVRPersistenceController() = default;
+    std::unique_ptr<KVRPersistentStore> openStore() const;
+
+    std::shared_ptr<KVRManagedObjectContext> context_;
+};

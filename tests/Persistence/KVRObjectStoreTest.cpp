@@ -1,0 +1,263 @@
+#include <gtest/gtest.h>
+
+#include <kovra/KVRAddress.h>
+#include <kovra/KVRAddressModel.h>
+#include <kovra/KVRMerchantModel.h>
+#include <kovra/KVRPinpadModel.h>
+#include <kovra/KVRTmsTableModel.h>
+#include <kovra/KVRTransactionModel.h>
+
+#include "Persistence/KVRStoreFileInspector.h"
+#include "support/KVRLogCapture.h"
+#include "support/KVRTemporaryStore.h"
+
+#include <filesystem>
+#include <ostream>
+
+namespace {
+
+class KVRObjectStoreTest : public ::testing::Test {
+protected:
+    KVRTransactionModel::Pointer makeTransaction(const std::string& reference, int status = 2) {
+        auto transaction = KVRTransactionModel::create();
+        transaction->setReference(reference);
+        transaction->setStatus(status);
+        transaction->setAmount(KVRNumber(1000));
+        return transaction;
+    }
+    long long storedRows(const std::string& table) { return KVRStoreFileInspector(store.storePath()).count(table); }
+
+    KVRTemporaryStore store;
+};
+
+TEST_F(KVRObjectStoreTest, AnEmptyStoreIsMadeOnFirstUseWithWalJournal) {
+    EXPECT_EQ(KVRTransactionModel::findFirst(), nullptr);
+    EXPECT_TRUE(KVRMerchantModel::findAll().empty());
+    EXPECT_EQ(KVRTmsTableModel::findFirstByAttribute("aidTable", "x"), nullptr);
+
+    ASSERT_TRUE(std::filesystem::is_regular_file(store.storePath()));
+    KVRStoreFileInspector file(store.storePath());
+    EXPECT_EQ(file.text("PRAGMA journal_mode"), "wal");
+    EXPECT_EQ(file.number("PRAGMA user_version"), 1);
+    for (const char* table : {"KVRMerchantModel", "KVRAddressModel", "KVRPinpadModel", "KVRTmsTableModel",
+                              "KVRTransactionModel"}) {
+        EXPECT_EQ(file.count(table), 0) << table;
+    }
+}
+
+TEST_F(KVRObjectStoreTest, CreatedRecordsAreFoundAtOnceButWrittenOnlyBySave) {
+    auto transaction = makeTransaction("REF-1");
+    EXPECT_TRUE(transaction->isInserted());
+    EXPECT_EQ(KVRTransactionModel::findAll(), KVRTransactionModel::List{transaction});
+    EXPECT_EQ(KVRTransactionModel::findFirstByAttribute("reference", "REF-1"), transaction);
+    EXPECT_EQ(storedRows("KVRTransactionModel"), 0);
+
+    transaction->save();
+    EXPECT_FALSE(transaction->isInserted());
+    EXPECT_FALSE(transaction->hasChanges());
+    EXPECT_EQ(storedRows("KVRTransactionModel"), 1);
+}
+
+TEST_F(KVRObjectStoreTest, SavingAnyRecordWritesEveryPendingChange) {
+    auto saved = makeTransaction("OLD");
+    saved->save();
+    saved->setStatus(5);
+    auto merchant = KVRMerchantModel::create();
+    merchant->setKovracode("K-1");
+    auto tables = KVRTmsTableModel::create();
+    tables->setAidTable("<AidTbl/>");
+    EXPECT_TRUE(saved->hasChanges());
+
+    tables->save();  // saves the merchant and the changed transaction too
+    EXPECT_FALSE(saved->hasChanges());
+    KVRStoreFileInspector file(store.storePath());
+    EXPECT_EQ(file.text("SELECT kovracode FROM KVRMerchantModel"), "K-1");
+    EXPECT_EQ(file.text("SELECT aidTable FROM KVRTmsTableModel"), "<AidTbl/>");
+    EXPECT_EQ(file.number("SELECT rawStatus FROM KVRTransactionModel WHERE reference = 'OLD'"), 5);
+}
+
+TEST_F(KVRObjectStoreTest, FindsReturnTheOneLiveObjectOfARow) {
+    makeTransaction("A")->save();
+    makeTransaction("B")->save();
+    store.reopen();
+
+    auto first = KVRTransactionModel::findFirstByAttribute("reference", "A");
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(KVRTransactionModel::findAll().front(), first);
+    EXPECT_EQ(KVRTransactionModel::findFirstByAttribute("rawStatus", KVRNumber(2)), first);
+
+    // A change made through one flow's object is the other flow's object too.
+    first->setStatus(5);
+    EXPECT_EQ(KVRTransactionModel::findFirstByAttribute("reference", "A")->status(), 5);
+}
+
+TEST_F(KVRObjectStoreTest, FindsSeeUnsavedChanges) {
+    auto a = makeTransaction("A", 2);
+    auto b = makeTransaction("B", 2);
+    auto c = makeTransaction("C", 2);
+    c->save();
+    b->setStatus(5);
+    auto d = makeTransaction("D", 5);
+
+    EXPECT_EQ(KVRTransactionModel::findAllByAttribute("rawStatus", KVRNumber(5)), (KVRTransactionModel::List{b, d}));
+    EXPECT_EQ(KVRTransactionModel::findAllByAttribute("rawStatus", KVRNumber(2)), (KVRTransactionModel::List{a, c}));
+    EXPECT_EQ(KVRTransactionModel::findAll(), (KVRTransactionModel::List{a, b, c, d}));
+    a->deleteRecord();
+    EXPECT_EQ(KVRTransactionModel::findAll(), (KVRTransactionModel::List{b, c, d}));
+}
+
+TEST_F(KVRObjectStoreTest, SavedValuesReadBackUnchanged) {
+    const std::string tricky = "O'Brien \"%\" 100% _x_ ; DROP TABLE KVRTransactionModel; -- Ação São Paulo \u20ac";
+    const auto date = std::chrono::system_clock::time_point(std::chrono::nanoseconds(1709658420123456789LL));
+    auto transaction = KVRTransactionModel::create();
+    transaction->setCardHolderName(tricky);
+    transaction->setReference("");
+    transaction->setAmount(KVRNumber(123456));
+    transaction->setRawCapture(KVRNumber(10.5));
+    transaction->setDate(date);
+    transaction->setPan(std::string("12\0" "34", 5));
+    transaction->save();
+    store.reopen();
+
+    auto read = KVRTransactionModel::findFirst();
+    ASSERT_NE(read, nullptr);
+    EXPECT_EQ(read->cardHolderName(), tricky);
+    EXPECT_EQ(read->reference(), std::optional<std::string>(""));
+    EXPECT_EQ(read->aid(), std::nullopt);
+    EXPECT_EQ(read->amount(), KVRNumber(123456));
+    EXPECT_TRUE(read->amount()->isInteger());
+    EXPECT_EQ(read->rawCapture()->description(), "10.5");
+    EXPECT_EQ(read->date(), date);
+    EXPECT_EQ(read->pan(), std::string("12\0" "34", 5));
+
+    // Values are compared exactly: no pattern characters, no case folding.
+    EXPECT_EQ(KVRTransactionModel::findFirstByAttribute("cardHolderName", tricky), read);
+    EXPECT_EQ(KVRTransactionModel::findFirstByAttribute("cardHolderName", "%"), nullptr);
+    EXPECT_EQ(KVRTransactionModel::findFirstByAttribute("reference", ""), read);
+    EXPECT_EQ(KVRTransactionModel::findFirstByAttribute("date", date), read);
+    EXPECT_EQ(storedRows("KVRTransactionModel"), 1);
+}
+
+TEST_F(KVRObjectStoreTest, UnknownAttributesAndMismatchedValuesAreRefused) {
+    makeTransaction("A")->save();
+    KVRLogCapture log;
+    EXPECT_TRUE(KVRTransactionModel::findAllByAttribute("referense", "A").empty());
+    EXPECT_TRUE(log.contains("Unknown attribute \"referense\" of KVRTransactionModel")) << log.text();
+    EXPECT_TRUE(KVRTransactionModel::findAllByAttribute("reference\" = \"reference\" OR \"1", "x").empty());
+    EXPECT_TRUE(KVRTransactionModel::findAllByAttribute("id", KVRNumber(1)).empty());
+    EXPECT_TRUE(KVRTransactionModel::findAllByAttribute("merchant", "1").empty());
+    EXPECT_EQ(KVRTransactionModel::findFirstByAttribute("rawStatus", "2"), nullptr);
+    EXPECT_TRUE(log.contains("Attribute \"rawStatus\" of KVRTransactionModel holds a number, not text")) << log.text();
+    EXPECT_EQ(log.lines().size(), 5u) << log.text();
+    EXPECT_EQ(storedRows("KVRTransactionModel"), 1);
+}
+
+TEST_F(KVRObjectStoreTest, DeleteRemovesFromFindsAndDisk) {
+    auto kept = makeTransaction("KEPT");
+    auto gone = makeTransaction("GONE");
+    kept->save();
+    gone->deleteRecord();  // never written
+    EXPECT_TRUE(gone->isDeleted());
+    EXPECT_EQ(storedRows("KVRTransactionModel"), 1);
+
+    kept->deleteRecord();
+    EXPECT_TRUE(kept->isDeleted());
+    EXPECT_TRUE(KVRTransactionModel::findAll().empty());
+    EXPECT_EQ(storedRows("KVRTransactionModel"), 0);
+
+    // A deleted record keeps its values but is no longer saved.
+    kept->setReference("AGAIN");
+    kept->save();
+    EXPECT_EQ(storedRows("KVRTransactionModel"), 0);
+    EXPECT_EQ(kept->reference(), "AGAIN");
+}
+
+TEST_F(KVRObjectStoreTest, MerchantAndTransactionsAreNavigableBothWays) {
+    auto merchant = KVRMerchantModel::create();
+    auto other = KVRMerchantModel::create();
+    auto first = makeTransaction("1");
+    auto second = makeTransaction("2");
+    first->setMerchant(merchant);
+    second->setMerchant(merchant);
+    EXPECT_EQ(merchant->transactions(), (KVRTransactionModel::List{first, second}));
+    merchant->save();
+    second->setMerchant(other);
+    EXPECT_EQ(merchant->transactions(), KVRTransactionModel::List{first});
+    merchant->save();
+    store.reopen();
+
+    auto reloaded = KVRTransactionModel::findFirstByAttribute("reference", "1");
+    ASSERT_NE(reloaded->merchant(), nullptr);
+    EXPECT_EQ(reloaded->merchant()->transactions(), KVRTransactionModel::List{reloaded});
+    auto moved = KVRTransactionModel::findFirstByAttribute("reference", "2");
+    EXPECT_NE(moved->merchant(), reloaded->merchant());
+    EXPECT_EQ(KVRMerchantModel::findAll().size(), 2u);
+}
+
+TEST_F(KVRObjectStoreTest, OneToOneLinksMoveRatherThanDuplicate) {
+    auto address = KVRAddressModel::create();
+    auto firstMerchant = KVRMerchantModel::create();
+    auto secondMerchant = KVRMerchantModel::create();
+    firstMerchant->setAddress(address);
+    EXPECT_EQ(address->merchant(), firstMerchant);
+    secondMerchant->setAddress(address);
+    EXPECT_EQ(firstMerchant->address(), nullptr);
+    EXPECT_EQ(secondMerchant->address(), address);
+
+    auto pinpad = KVRPinpadModel::create();
+    auto sale = makeTransaction("S1");
+    auto later = makeTransaction("S2");
+    sale->setPinpad(pinpad);
+    sale->save();
+    later->setPinpad(pinpad);
+    EXPECT_EQ(sale->pinpad(), nullptr);
+    EXPECT_EQ(pinpad->transaction(), later);
+    pinpad->setTransaction(sale);
+    EXPECT_EQ(later->pinpad(), nullptr);
+    sale->save();
+    store.reopen();
+
+    auto reloadedPinpad = KVRPinpadModel::findFirst();
+    ASSERT_NE(reloadedPinpad->transaction(), nullptr);
+    EXPECT_EQ(reloadedPinpad->transaction()->reference(), "S1");
+    EXPECT_EQ(reloadedPinpad->transaction()->pinpad(), reloadedPinpad);
+    EXPECT_EQ(KVRStoreFileInspector(store.storePath()).count("KVRAddressModel"), 1);
+}
+
+TEST_F(KVRObjectStoreTest, DeletingAMerchantDeletesItsAddressAndUnlinksItsTransactions) {
+    auto merchant = KVRMerchantModel::create();
+    auto address = KVRAddressModel::create();
+    merchant->setAddress(address);
+    makeTransaction("1")->setMerchant(merchant);
+    makeTransaction("2")->setMerchant(merchant);
+    merchant->save();
+    store.reopen();
+
+    KVRMerchantModel::findFirst()->deleteRecord();
+    EXPECT_TRUE(KVRAddressModel::findAll().empty());
+    for (const auto& transaction : KVRTransactionModel::findAll()) EXPECT_EQ(transaction->merchant(), nullptr);
+    KVRStoreFileInspector file(store.storePath());
+    EXPECT_EQ(file.count("KVRAddressModel"), 0);
+    EXPECT_EQ(file.count("KVRTransactionModel"), 2);
+    EXPECT_EQ(file.number("SELECT count(*) FROM KVRTransactionModel WHERE merchant IS NOT NULL"), 0);
+}
+
+TEST_F(KVRObjectStoreTest, AddressesMadeAsKVRAddressComeBackAsKVRAddress) {
+    auto merchant = KVRMerchantModel::create();
+    auto received = KVRAddress::create();
+    received->setStreet("Rua Augusta");
+    merchant->setAddress(received);
+    KVRAddressModel::create()->setStreet("Plain");
+    merchant->save();
+    store.reopen();
+
+    auto address = KVRMerchantModel::findFirst()->address();
+    ASSERT_NE(std::dynamic_pointer_cast<KVRAddress>(address), nullptr);
+    EXPECT_EQ(address->street(), "Rua Augusta");
+    EXPECT_EQ(KVRAddressModel::findAll().size(), 2u);
+    ASSERT_EQ(KVRAddress::findAll().size(), 1u);
+    EXPECT_EQ(KVRAddress::findAll().front(), address);
+    EXPECT_EQ(KVRAddress::findFirstByAttribute("street", "Plain"), nullptr);
+}
+
+}  // namespace

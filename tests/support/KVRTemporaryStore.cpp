@@ -1,0 +1,26 @@
+#include "support/KVRTemporaryStore.h"
+
+#include <kovra/KVRDirectories.h>
+
+#include "Persistence/KVRPersistenceController.h"
+#include "support/KVRTestEnvironment.h"
+
+KVRTemporaryStore::KVRTemporaryStore() {
+    KVRPersistenceController::resetSharedControllerForTesting();
+    KVRDirectories::setDataDirectory(directory_.path());
+}
+
+KVRTemporaryStore::~KVRTemporaryStore() {
+    KVRPersistenceController::resetSharedControllerForTesting();
+    KVRDirectories::setDataDirectory(kovraTestDataDirectory());
+}
+
+std::string KVRTemporaryStore::storeDirectory() const {
+    return directory_.path() + "/Library/" + KVRPersistenceController::kLibraryBundleIdentifier;
+}
+
+std::string KVRTemporaryStore::storePath() const {
+    return storeDirectory() + "/" + KVRPersistenceController::kStoreFileName;
+}
+
+void KVRTemporaryStore::reopen() { KVRPersistenceController::resetSharedControllerForTesting(); }
