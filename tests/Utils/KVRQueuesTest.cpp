@@ -22,10 +22,10 @@ public:
         thread_.join();
     }
     void post(std::function<void()> f) {
-        {
-            std::lock_guard lock(m_);
-            q_.push_back(std::move(f));
-        }
+        // Notified under the lock: a pool thread may post the last item while
+        // the test is already tearing the loop down.
+        std::lock_guard lock(m_);
+        q_.push_back(std::move(f));
         cv_.notify_one();
     }
     std::thread::id id() const { return thread_.get_id(); }
