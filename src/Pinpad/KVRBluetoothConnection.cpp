@@ -22,6 +22,9 @@ constexpr auto kWaitSlice = 100ms;
 constexpr auto kPendingWriteSlice = 10ms;
 constexpr auto kSpuriousWakeupPause = 10ms;
 constexpr double kDefaultWritePauseSeconds = 0.5;
+// Bounds that keep absurd settings from overflowing the clocks.
+constexpr double kLongestWritePauseSeconds = 60;
+constexpr double kLongestReadTimeoutSeconds = 1e7;
 constexpr size_t kMessageLimit = KVRBluetoothConnection::kMessageBufferSize - 1;
 
 std::mutex& sharedMutex() {
@@ -147,7 +150,7 @@ void KVRBluetoothConnection::writeData() {
 // that an application (or a test) can change it at any moment.
 void KVRBluetoothConnection::pauseAfterWrite() const {
     double seconds = KVRApplicationInfo::numberForKey("Kovra Pinpad Write Pause").value_or(kDefaultWritePauseSeconds);
-    if (seconds > 0) std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
+    if (seconds > 0) std::this_thread::sleep_for(std::chrono::duration<double>(std::min(seconds, kLongestWritePauseSeconds)));
 }
 
 void KVRBluetoothConnection::sendQueuedWhenPossible() {
@@ -201,22 +204,25 @@ uint8_t KVRBluetoothConnection::readByte() {
     return byte;
 }
 
+// The read time-out is read on every turn, so an application can set or
+// change it while a read is waiting; it counts from the start of the wait.
 void KVRBluetoothConnection::fillStagingBuffer() {
-    auto deadline = readDeadline();
+    const auto waitStart = std::chrono::steady_clock::now();
     WaitReports reports;
     for (;;) {
         sendQueuedWhenPossible();
         std::chrono::milliseconds slice = dataWritten_.empty() ? kWaitSlice : kPendingWriteSlice;
-        if (deadline) {
-            auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline - std::chrono::steady_clock::now());
+        auto timeout = readTimeout();
+        if (timeout) {
+            auto left = std::chrono::ceil<std::chrono::milliseconds>(waitStart + *timeout - std::chrono::steady_clock::now());
             slice = std::clamp(left, std::chrono::milliseconds(0), slice);
         }
         if (waitForInput(slice, reports)) return;
-        if (deadline && std::chrono::steady_clock::now() >= *deadline) {
+        if (timeout && std::chrono::steady_clock::now() >= waitStart + *timeout) {
             discardBeforeNextRequest_ = true;
-            double seconds = KVRApplicationInfo::numberForKey("Kovra Pinpad Read Timeout").value_or(0);
             throw KVRException("PinpadTimeout",
-                               KVRStringUtil::format("The PIN pad sent nothing for %g seconds", seconds));
+                               KVRStringUtil::format("The PIN pad sent nothing for %g seconds",
+                                                     std::chrono::duration<double>(*timeout).count()));
         }
     }
 }
@@ -251,11 +257,11 @@ bool KVRBluetoothConnection::waitForInput(std::chrono::milliseconds slice, WaitR
     return false;
 }
 
-std::optional<std::chrono::steady_clock::time_point> KVRBluetoothConnection::readDeadline() const {
+std::optional<std::chrono::steady_clock::duration> KVRBluetoothConnection::readTimeout() {
     double seconds = KVRApplicationInfo::numberForKey("Kovra Pinpad Read Timeout").value_or(0);
     if (!(seconds > 0)) return std::nullopt;
-    return std::chrono::steady_clock::now() +
-           std::chrono::duration_cast<std::chrono::steady_clock::duration>(std::chrono::duration<double>(seconds));
+    seconds = std::min(seconds, kLongestReadTimeoutSeconds);
+    return std::chrono::duration_cast<std::chrono::steady_clock::duration>(std::chrono::duration<double>(seconds));
 }
 
 void KVRBluetoothConnection::discardPendingInput() {

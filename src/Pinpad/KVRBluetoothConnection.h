@@ -88,7 +88,7 @@ private:
     void sendQueuedWhenPossible();
     void discardPendingInput();
     void pauseAfterWrite() const;
-    std::optional<std::chrono::steady_clock::time_point> readDeadline() const;
+    static std::optional<std::chrono::steady_clock::duration> readTimeout();
     KVRInputStream* input() const;
     KVROutputStream* output() const;
 
