@@ -1,0 +1,16 @@
+#include "Pinpad/Commands/KVRFncCommandRequest.h"
+
+void KVRFncCommandRequest::getCommand(char* buffer) {
+    auto& b = beginCommand(buffer, "FNC");
+    b.startCommandBlock();
+    b.appendInt(communicationStatus, 1);
+    b.appendInt(0, 1);
+    b.appendString(authorizationResponseCode, 2);
+    b.appendInt(static_cast<int32_t>(issuerDataEmv.size() / 2), 3);
+    b.appendString(issuerDataEmv, static_cast<int>(issuerDataEmv.size()));
+    b.appendInt(0, 3);
+    b.stopCommandBlock();
+
+    b.appendInt(static_cast<int32_t>(tags.size() / 2), 3);
+    b.appendString(tags, static_cast<int>(tags.size()));
+}

@@ -1,0 +1,7 @@
+#include "Pinpad/Commands/KVROpnCommandRequest.h"
+
+void KVROpnCommandRequest::getCommand(char* buffer) {
+    auto& b = beginCommand(buffer, "OPN");
+    b.startCommandBlock();
+    b.stopCommandBlock();
+}

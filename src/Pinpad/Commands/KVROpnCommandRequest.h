@@ -1,0 +1,9 @@
+#pragma once
+
+#include "Pinpad/Commands/KVRBaseCommandRequest.h"
+
+/// No fields: the text is the name and an empty block.
+class KVROpnCommandRequest : public KVRBaseCommandRequest {
+public:
+    void getCommand(char* buffer) override;
+};

@@ -1,0 +1,9 @@
+#pragma once
+
+#include "Pinpad/Commands/KVRBaseCommandResponse.h"
+
+/// Name and return code only.
+class KVRTleCommandResponse : public KVRBaseCommandResponse {
+public:
+    using KVRBaseCommandResponse::KVRBaseCommandResponse;
+};
