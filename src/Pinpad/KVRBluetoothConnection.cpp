@@ -177,21 +177,23 @@ const char* KVRBluetoothConnection::readMessage() {
 }
 
 // Text up to ETB into messageBuffer (SYN dropped wherever it appears), then
-// the two CRC bytes, which are not checked: PIN pads in the field are known
-// to send CRCs that do not match, and a resend is not part of the exchange.
+// the two CRC bytes, which are not checked: the exchange has no resend, so a
+// damaged reply is handed on and its fields read leniently. The buffer stays
+// terminated even when a time-out interrupts the frame.
 void KVRBluetoothConnection::readFrame() {
     dataRead_.clear();
     size_t stored = 0;
+    messageBuffer_[0] = '\0';
     for (;;) {
         uint8_t byte = readByte();
         if (byte == kSyn) continue;
         if (byte == kEtb) break;
         if (stored < kMessageLimit) {
             messageBuffer_[stored++] = static_cast<char>(byte);
+            messageBuffer_[stored] = '\0';
             dataRead_.push_back(byte);
         }
     }
-    messageBuffer_[stored] = '\0';
     dataRead_.push_back(kEtb);
     readByte();
     readByte();

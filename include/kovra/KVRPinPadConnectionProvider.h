@@ -1,0 +1,12 @@
+#pragma once
+
+#include <kovra/KVRCompletion.h>
+
+/// Connects to the first PIN pad the machine reports (after bringing the
+/// legacy transaction database up to date). Completes on the caller's thread.
+class KVRPinPadConnectionProvider {
+public:
+    KVRPinPadConnectionProvider() = delete;
+
+    static void connectToPinpad(KVRCompletion block);
+};

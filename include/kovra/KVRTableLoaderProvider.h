@@ -1,0 +1,12 @@
+#pragma once
+
+#include <kovra/KVRCompletion.h>
+
+/// Loads the stored EMV tables into the PIN pad. Posts "KVRTableLoadProgress"
+/// (object: "n/total") after each record. Completes on the main queue.
+class KVRTableLoaderProvider {
+public:
+    KVRTableLoaderProvider() = delete;
+
+    static void loadTables(KVRCompletion block);
+};

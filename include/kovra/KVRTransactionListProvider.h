@@ -1,0 +1,23 @@
+#pragma once
+
+#include <kovra/KVRError.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class KVRTransactionModel;
+
+/// The stored transactions, newest first.
+class KVRTransactionListProvider {
+public:
+    using Transactions = std::vector<std::shared_ptr<KVRTransactionModel>>;
+    using Completion = std::function<void(bool success, Transactions transactions, std::optional<KVRError> error)>;
+
+    KVRTransactionListProvider() = delete;
+
+    static Transactions listTransactions();
+    /// Reads a card on the PIN pad and lists the transactions of that card.
+    static void listTransactionsByPan(Completion block);
+};

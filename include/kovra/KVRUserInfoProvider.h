@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+/// A flat view of the enrolled merchant (or, for a merchant an earlier
+/// release kept only in "register.plist", of that file, re-enrolling it).
+class KVRUserInfoProvider {
+public:
+    KVRUserInfoProvider();
+
+    std::optional<std::string> afKey;
+    std::optional<std::string> documentNumber;
+    std::optional<std::string> store;
+    std::optional<std::string> address;
+    std::optional<std::string> kovracode;
+};

@@ -1,0 +1,60 @@
+#include <kovra/KVRDirectories.h>
+#include <kovra/KVRMerchantModel.h>
+#include <kovra/KVRTmsTableModel.h>
+#include <kovra/KVRValidationProvider.h>
+
+#include "Host/KVRServiceEndpoint.h"
+#include "Pinpad/KVRPinpadController.h"
+#include "Platform/KVRPropertyList.h"
+#include "Utils/KVRReachability.h"
+
+#include <kovra/KVRApplicationInfo.h>
+
+namespace {
+
+std::optional<std::string> registeredKovraCode() {
+    std::string documents = KVRDirectories::documentsDirectory();
+    if (documents.empty()) return std::nullopt;
+    auto plist = KVRPropertyList::readDictionary(documents + "/register.plist");
+    if (!plist) return std::nullopt;
+    auto it = plist->find("kovracode");
+    if (it == plist->end()) return std::nullopt;
+    const auto* code = std::get_if<std::string>(&it->second);
+    if (!code) return std::nullopt;
+    return *code;
+}
+
+// "https://host[:port]/path" -> "host[:port]".
+std::string hostOfUrl(const std::string& url) {
+    size_t start = url.find("://");
+    start = start == std::string::npos ? 0 : start + 3;
+    size_t end = url.find('/', start);
+    return url.substr(start, end == std::string::npos ? std::string::npos : end - start);
+}
+
+std::string probeHost() {
+    if (auto host = KVRApplicationInfo::stringForKey("Kovra Reachability Host"); host && !host->empty()) return *host;
+    return hostOfUrl(KVRServiceEndpoint::authorizerUrl());
+}
+
+}  // namespace
+
+bool KVRValidationProvider::validateActivation() {
+    auto code = registeredKovraCode();
+    if (code && !code->empty()) return true;
+    return KVRMerchantModel::findFirst() != nullptr;
+}
+
+bool KVRValidationProvider::validatePinpadConnection() {
+    auto connection = KVRPinpadController::sharedController().connection();
+    return connection && connection->isDeviceConnected();
+}
+
+bool KVRValidationProvider::validateTablesDownloaded() { return KVRTmsTableModel::findFirst() != nullptr; }
+
+bool KVRValidationProvider::validateConnectionToNetWork() {
+    auto reachability = KVRReachability::reachabilityWithHostName(probeHost());
+    if (!reachability) return false;
+    auto status = reachability->currentReachabilityStatus();
+    return status == ReachableViaWiFi || status == ReachableViaWWAN;
+}

@@ -1,0 +1,101 @@
+#include <gtest/gtest.h>
+
+#include <kovra/KVRApplicationInfo.h>
+#include <kovra/KVRDirectories.h>
+#include <kovra/KVRMerchantModel.h>
+#include <kovra/KVRTmsTableModel.h>
+#include <kovra/KVRValidationProvider.h>
+
+#include "Pinpad/KVRBluetoothConnection.h"
+#include "Pinpad/KVRPinpadController.h"
+#include "Platform/KVRAccessoryManager.h"
+#include "Platform/KVRPropertyList.h"
+#include "Utils/KVRReachability.h"
+#include "support/KVRScriptedPinpad.h"
+#include "support/KVRTemporaryStore.h"
+
+#include <filesystem>
+
+namespace {
+
+class ValidationProviderTest : public ::testing::Test {
+protected:
+    void TearDown() override {
+        KVRReachability::setFlagsOverride(std::nullopt);
+        KVRAccessoryManager::sharedAccessoryManager().unregisterAllAccessories();
+        KVRBluetoothConnection::resetSharedController();
+        KVRPinpadController::sharedController().setConnection(nullptr);
+    }
+    std::string registerPlist() const { return KVRDirectories::documentsDirectory() + "/register.plist"; }
+    KVRTemporaryStore store_;
+};
+
+TEST_F(ValidationProviderTest, ActivationFollowsRegisterPlistThenTheStore) {
+    EXPECT_FALSE(KVRValidationProvider::validateActivation());
+
+    KVRPropertyList::writeDictionary(registerPlist(), {{"kovracode", std::string("")}});
+    EXPECT_FALSE(KVRValidationProvider::validateActivation()) << "empty code and no merchant";
+    KVRPropertyList::writeDictionary(registerPlist(), {{"kovracode", 12345LL}});
+    EXPECT_FALSE(KVRValidationProvider::validateActivation()) << "a non-string code does not count";
+    KVRPropertyList::writeDictionary(registerPlist(), {{"kovracode", std::string("KOVRA-0001")}});
+    EXPECT_TRUE(KVRValidationProvider::validateActivation()) << "a code in the file counts without a merchant";
+
+    std::filesystem::remove(registerPlist());
+    std::filesystem::create_directory(registerPlist());  // a directory where the file should be
+    EXPECT_FALSE(KVRValidationProvider::validateActivation());
+    KVRMerchantModel::create()->save();
+    EXPECT_TRUE(KVRValidationProvider::validateActivation());
+    std::filesystem::remove(registerPlist());
+}
+
+TEST_F(ValidationProviderTest, TablesAreDownloadedWhenATableRecordIsStored) {
+    EXPECT_FALSE(KVRValidationProvider::validateTablesDownloaded());
+    KVRTmsTableModel::create()->save();
+    EXPECT_TRUE(KVRValidationProvider::validateTablesDownloaded());
+}
+
+TEST_F(ValidationProviderTest, NetworkStatusOneOrTwoCountsAsConnected) {
+    using R = KVRReachability;
+    struct Row {
+        uint32_t flags;
+        bool connected;
+    } rows[] = {
+        {0, false},
+        {R::kFlagReachable, true},
+        {R::kFlagReachable | R::kFlagConnectionRequired, false},
+        {R::kFlagReachable | R::kFlagIsWWAN, true},
+    };
+    for (const auto& row : rows) {
+        R::setFlagsOverride(row.flags);
+        EXPECT_EQ(KVRValidationProvider::validateConnectionToNetWork(), row.connected) << row.flags;
+    }
+    R::setFlagsOverride(std::nullopt);
+    KVRApplicationInfo::setValue("Kovra Reachability Host", std::string("127.0.0.1"));
+    EXPECT_TRUE(KVRValidationProvider::validateConnectionToNetWork());
+    KVRApplicationInfo::removeValue("Kovra Reachability Host");
+}
+
+TEST_F(ValidationProviderTest, PinpadConnectionUsesTheFirstAccessoryAndItsFirstWorkingProtocol) {
+    EXPECT_FALSE(KVRValidationProvider::validatePinpadConnection());
+    KVRPinpadController::sharedController().connectWithPaired();
+    EXPECT_FALSE(KVRValidationProvider::validatePinpadConnection()) << "no accessory";
+
+    KVRScriptedPinpad first, second;
+    auto refusing = std::make_shared<KVRMemoryAccessory>("refusing", std::vector<std::string>{"abecs"});
+    refusing->setRefusesSessions(true);
+    auto& manager = KVRAccessoryManager::sharedAccessoryManager();
+    manager.registerAccessory(refusing);
+    manager.registerAccessory(first.accessory());
+    KVRPinpadController::sharedController().connectWithPaired();
+    EXPECT_FALSE(KVRValidationProvider::validatePinpadConnection()) << "only the first accessory is tried";
+
+    manager.unregisterAllAccessories();
+    auto multi = std::make_shared<KVRMemoryAccessory>("multi", std::vector<std::string>{"other", "abecs"});
+    manager.registerAccessory(multi);
+    manager.registerAccessory(second.accessory());
+    KVRPinpadController::sharedController().connectWithPaired();
+    EXPECT_TRUE(KVRValidationProvider::validatePinpadConnection());
+    EXPECT_EQ(KVRBluetoothConnection::sharedController()->accessory(), multi);
+}
+
+}  // namespace
