@@ -4,11 +4,13 @@
 
 #include <pugixml.hpp>
 
+#include <algorithm>
 #include <cstring>
-#include <deque>
+#include <forward_list>
 #include <fstream>
 #include <iterator>
 #include <new>
+#include <vector>
 
 // The tree is built by pugixml, a non-recursive DOM parser, parsing in place
 // over the document's own copy of the bytes; this class turns its nodes into
@@ -17,12 +19,45 @@
 // attribute white-space normalisation; comments, processing instructions,
 // declaration and doctype are skipped; CDATA is kept and merged into texts.
 
+namespace {
+
+/// Objects handed out of blocks that double in size: a document costs a few
+/// allocations however many elements it has, and nothing moves once made.
+template <class T>
+class BlockPool {
+public:
+    T& make() {
+        if (used_ == capacity_) grow();
+        return blocks_.back()[used_++];
+    }
+    void clear() {
+        blocks_.clear();
+        used_ = capacity_ = 0;
+    }
+
+private:
+    static constexpr size_t kFirstBlock = 16;
+    static constexpr size_t kLargestBlock = 4096;
+
+    void grow() {
+        capacity_ = capacity_ == 0 ? kFirstBlock : std::min(capacity_ * 2, kLargestBlock);
+        blocks_.push_back(std::make_unique<T[]>(capacity_));
+        used_ = 0;
+    }
+
+    std::vector<std::unique_ptr<T[]>> blocks_;
+    size_t used_ = 0;
+    size_t capacity_ = 0;
+};
+
+}  // namespace
+
 struct TBXML::Document {
     std::unique_ptr<char[]> bytes;
     pugi::xml_document xml;
-    std::deque<TBXMLElement> elements;
-    std::deque<TBXMLAttribute> attributes;
-    std::deque<std::string> mergedTexts;
+    BlockPool<TBXMLElement> elements;
+    BlockPool<TBXMLAttribute> attributes;
+    std::forward_list<std::string> mergedTexts;
     TBXMLElement* root = nullptr;
 };
 
@@ -34,52 +69,60 @@ void report(std::optional<KVRError>* error, long code) {
     if (error) *error = TBXML::errorWithCode(code);
 }
 
-bool isCharacterData(const pugi::xml_node& node) {
-    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
-}
-
-pugi::xml_node firstElementChild(const pugi::xml_node& node) {
-    for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
-        if (child.type() == pugi::node_element) return child;
-    }
-    return {};
-}
+// pugixml's accessors are calls into the shared library, so each node is
+// looked at as few times as possible: a null node is recognised by its type.
 
 pugi::xml_node nextElementSibling(const pugi::xml_node& node) {
-    for (pugi::xml_node sibling = node.next_sibling(); sibling; sibling = sibling.next_sibling()) {
-        if (sibling.type() == pugi::node_element) return sibling;
+    pugi::xml_node sibling = node.next_sibling();
+    for (pugi::xml_node_type type; (type = sibling.type()) != pugi::node_null; sibling = sibling.next_sibling()) {
+        if (type == pugi::node_element) break;
     }
-    return {};
+    return sibling;
 }
 
-// Character data before the first child element. A single piece is used in
-// place; several pieces (text around CDATA or comments) are joined.
-const char* leadingText(const pugi::xml_node& node, std::deque<std::string>& mergedTexts) {
+/// What an element holds before its first child element.
+struct Lead {
+    /// Its character data (CDATA included, comments left out); a single
+    /// piece is used in place, several are joined.
+    const char* text = "";
+    /// The first child element, or a null node.
+    pugi::xml_node firstElement;
+};
+
+Lead leadOf(const pugi::xml_node& node, std::forward_list<std::string>& mergedTexts) {
+    Lead lead;
     const char* single = nullptr;
     std::string merged;
     int pieces = 0;
-    for (pugi::xml_node child = node.first_child(); child && child.type() != pugi::node_element;
-         child = child.next_sibling()) {
-        if (!isCharacterData(child) || *child.value() == '\0') continue;
+    pugi::xml_node child = node.first_child();
+    for (pugi::xml_node_type type; (type = child.type()) != pugi::node_null; child = child.next_sibling()) {
+        if (type == pugi::node_element) break;
+        if (type != pugi::node_pcdata && type != pugi::node_cdata) continue;
+        const char* value = child.value();
+        if (*value == '\0') continue;
         if (pieces == 0) {
-            single = child.value();
+            single = value;
         } else {
             if (pieces == 1) merged = single;
-            merged += child.value();
+            merged += value;
         }
         ++pieces;
     }
-    if (pieces == 0) return "";
-    if (pieces == 1) return single;
-    mergedTexts.push_back(std::move(merged));
-    return mergedTexts.back().c_str();
+    lead.firstElement = child;
+    if (pieces == 1) {
+        lead.text = single;
+    } else if (pieces > 1) {
+        mergedTexts.push_front(std::move(merged));
+        lead.text = mergedTexts.front().c_str();
+    }
+    return lead;
 }
 
-TBXMLAttribute* attributesOf(const pugi::xml_node& node, std::deque<TBXMLAttribute>& pool) {
+TBXMLAttribute* attributesOf(const pugi::xml_node& node, BlockPool<TBXMLAttribute>& pool) {
     TBXMLAttribute* first = nullptr;
     TBXMLAttribute* last = nullptr;
     for (pugi::xml_attribute attribute = node.first_attribute(); attribute; attribute = attribute.next_attribute()) {
-        TBXMLAttribute& made = pool.emplace_back();
+        TBXMLAttribute& made = pool.make();
         made.name = attribute.name();
         made.value = attribute.value();
         (last ? last->next : first) = &made;
@@ -145,11 +188,12 @@ void TBXML::parse(const char* bytes, size_t length, std::optional<KVRError>* err
         // move to the next sibling of the nearest ancestor that has one.
         TBXMLElement* parent = nullptr;
         TBXMLElement* lastTopLevel = nullptr;
-        pugi::xml_node node = firstElementChild(d.xml);
-        while (node) {
-            TBXMLElement& element = d.elements.emplace_back();
+        pugi::xml_node node = leadOf(d.xml, d.mergedTexts).firstElement;
+        while (node.type() != pugi::node_null) {
+            TBXMLElement& element = d.elements.make();
+            Lead lead = leadOf(node, d.mergedTexts);
             element.name = node.name();
-            element.text = leadingText(node, d.mergedTexts);
+            element.text = lead.text;
             element.firstAttribute = attributesOf(node, d.attributes);
             element.parentElement = parent;
             TBXMLElement* previous = parent ? parent->currentChild : lastTopLevel;
@@ -163,13 +207,14 @@ void TBXML::parse(const char* bytes, size_t length, std::optional<KVRError>* err
                 lastTopLevel = &element;
             }
 
-            if (pugi::xml_node child = firstElementChild(node)) {
+            if (lead.firstElement.type() != pugi::node_null) {
                 parent = &element;
-                node = child;
+                node = lead.firstElement;
                 continue;
             }
             for (;;) {
-                if (pugi::xml_node sibling = nextElementSibling(node)) {
+                pugi::xml_node sibling = nextElementSibling(node);
+                if (sibling.type() != pugi::node_null) {
                     node = sibling;
                     break;
                 }
