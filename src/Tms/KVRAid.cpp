@@ -4,7 +4,8 @@
 #include "Host/XMLWriter.h"
 #include "Utils/KVRStringUtil.h"
 
-#include <cstring>
+#include <string_view>
+#include <unordered_map>
 
 namespace {
 // One child of `Aid`: a text field or an integer field.
@@ -59,10 +60,17 @@ const AidField kFields[] = {
     text("TerminalCapabilities", &KVRAid::TerminalCapabilities),
 };
 
+// Every child of every application is looked up here: an index by name,
+// rather than a walk through the table, keeps a long table's load short. The
+// first field of a name wins, as in the table's order.
 const AidField* fieldNamed(const char* tag) {
-    for (const AidField& field : kFields)
-        if (std::strcmp(field.tag, tag) == 0) return &field;
-    return nullptr;
+    static const std::unordered_map<std::string_view, const AidField*> index = [] {
+        std::unordered_map<std::string_view, const AidField*> byName;
+        for (const AidField& field : kFields) byName.emplace(field.tag, &field);
+        return byName;
+    }();
+    auto found = index.find(tag);
+    return found == index.end() ? nullptr : found->second;
 }
 }  // namespace
 

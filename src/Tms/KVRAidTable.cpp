@@ -5,6 +5,8 @@
 #include "Utils/KVRStringUtil.h"
 
 #include <cstring>
+#include <string_view>
+#include <unordered_map>
 
 namespace {
 using Command = KVRAidTableCommand;
@@ -58,13 +60,16 @@ void setFixedValues(Command& c) {
     c.T1_ARCOFFLN = "Y1Z1Y3Z3";
 }
 
+// Looked up for every child of every application: by an index, not a walk
+// through the table. The first field of a name wins, as in the table's order.
 void setField(Command& c, const TBXMLElement* child) {
-    for (const RecordField& field : kRecordFields) {
-        if (std::strcmp(field.tag, child->name) == 0) {
-            field.set(c, child->text);
-            return;
-        }
-    }
+    static const std::unordered_map<std::string_view, const RecordField*> index = [] {
+        std::unordered_map<std::string_view, const RecordField*> byName;
+        for (const RecordField& field : kRecordFields) byName.emplace(field.tag, &field);
+        return byName;
+    }();
+    auto found = index.find(child->name);
+    if (found != index.end()) found->second->set(c, child->text);
 }
 }  // namespace
 
