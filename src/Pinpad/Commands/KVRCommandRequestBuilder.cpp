@@ -5,10 +5,26 @@
 #include "Utils/KVRDateUtil.h"
 #include "Utils/KVRStringUtil.h"
 
+#include <charconv>
 #include <cstring>
 
 namespace {
 constexpr int kBlockLengthWidth = 3;
+
+/// The decimal text of a number ("%lld"), without a trip through printf:
+/// every numeric field of every record is written this way.
+struct Decimal {
+    char digits[24];
+    size_t length;
+    std::string_view view() const { return std::string_view(digits, length); }
+};
+
+Decimal decimal(int64_t value) {
+    Decimal text;
+    auto result = std::to_chars(text.digits, text.digits + sizeof text.digits, value);
+    text.length = static_cast<size_t>(result.ptr - text.digits);
+    return text;
+}
 
 [[noreturn]] void throwDoesNotFit(size_t length, int limit) {
     throw KVRException("String doesn't fit",
@@ -67,13 +83,9 @@ void KVRCommandRequestBuilder::appendStringLeft(std::string_view text, int lengt
     write(text);
 }
 
-void KVRCommandRequestBuilder::appendInt(int32_t value, int length) {
-    appendStringLeft(KVRStringUtil::format("%d", value), length, '0');
-}
+void KVRCommandRequestBuilder::appendInt(int32_t value, int length) { appendStringLeft(decimal(value).view(), length, '0'); }
 
-void KVRCommandRequestBuilder::appendLong(int64_t value, int length) {
-    appendStringLeft(KVRStringUtil::format("%lld", static_cast<long long>(value)), length, '0');
-}
+void KVRCommandRequestBuilder::appendLong(int64_t value, int length) { appendStringLeft(decimal(value).view(), length, '0'); }
 
 void KVRCommandRequestBuilder::appendBool(bool value) { appendStringRight(value ? "1" : "0", 1, ' '); }
 
@@ -100,7 +112,7 @@ void KVRCommandRequestBuilder::stopCommandBlock(int32_t extra) {
     int32_t start = blockstarts_.back();
     blockstarts_.pop_back();
     int64_t blockLength = static_cast<int64_t>(position_) - kBlockLengthWidth - start + extra;
-    std::string digits = KVRStringUtil::format("%lld", static_cast<long long>(blockLength));
+    std::string digits(decimal(blockLength).view());
     if (digits.size() > static_cast<size_t>(kBlockLengthWidth))
         throw KVRException("Integer doesn't fit",
                            KVRStringUtil::format("Integer has a length of %d while the limit is %d",
