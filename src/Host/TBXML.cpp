@@ -37,7 +37,7 @@ public:
 
 private:
     static constexpr size_t kFirstBlock = 16;
-    static constexpr size_t kLargestBlock = 4096;
+    static constexpr size_t kLargestBlock = 1024;
 
     void grow() {
         capacity_ = capacity_ == 0 ? kFirstBlock : std::min(capacity_ * 2, kLargestBlock);
