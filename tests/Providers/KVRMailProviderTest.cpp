@@ -48,13 +48,16 @@ private:
 
 class MailProviderTest : public ::testing::Test {
 protected:
-    void SetUp() override { KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable); }
+    void SetUp() override {
+        KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
+        exchange_.replyWith(R"({"status":"sent"})");
+    }
     void TearDown() override {
         KVRReachability::setFlagsOverride(std::nullopt);
         KVRApplicationInfo::removeValue("Kovra Support Mailbox");
     }
     KVRTemporaryStore store_;
-    KVRFakeExchange exchange_{KVRFakeExchange::answering(R"({"status":"sent"})")};
+    KVRFakeExchange exchange_;
 };
 
 TEST_F(MailProviderTest, ReceiptKindsPickTheTemplateAndCompleteOnTheMainWorker) {
@@ -69,13 +72,13 @@ TEST_F(MailProviderTest, ReceiptKindsPickTheTemplateAndCompleteOnTheMainWorker) 
                 {3, false, nullptr},
                 {0, false, nullptr}};
     for (const auto& row : rows) {
-        size_t before = exchange_.posts().size();
+        size_t before = exchange_.requests().size();
         CompletionProbe probe;
         KVRMailProvider::sendReceiptViaEmail(row.kind, transaction, "ana@example.com", true, probe.block());
         Outcome outcome = probe.wait();
         EXPECT_EQ(outcome.success, row.success) << row.kind;
         EXPECT_TRUE(outcome.onMainWorker) << row.kind;
-        auto posts = exchange_.posts();
+        auto posts = exchange_.requests();
         if (row.templateName) {
             EXPECT_FALSE(outcome.error);
             ASSERT_EQ(posts.size(), before + 1);
@@ -90,11 +93,14 @@ TEST_F(MailProviderTest, ReceiptKindsPickTheTemplateAndCompleteOnTheMainWorker) 
 
 TEST_F(MailProviderTest, FailuresOfTheServiceAreMessageErrors) {
     auto transaction = KVRTransactionModel::create();
-    KVRFakeExchange::Responder failures[] = {KVRFakeExchange::failingWith(-1004), KVRFakeExchange::failingWith(-1001),
-                                             KVRFakeExchange::answering("<html>503</html>"),
-                                             KVRFakeExchange::answering("")};
-    for (const auto& failure : failures) {
-        exchange_.setResponder(failure);
+    std::function<void(KVRFakeExchange&)> failures[] = {
+        [](KVRFakeExchange& e) { e.failWith(KVRError(NSURLErrorDomain, -1004)); },
+        [](KVRFakeExchange& e) { e.failWith(KVRError(NSURLErrorDomain, -1001)); },
+        [](KVRFakeExchange& e) { e.replyWith("<html>503</html>"); },
+        [](KVRFakeExchange& e) { e.replyWith(""); },
+    };
+    for (const auto& fail : failures) {
+        fail(exchange_);
         CompletionProbe probe;
         KVRMailProvider::sendReceiptViaEmail(KVRMailProvider::kReceiptSale, transaction, "a@b.c", false, probe.block());
         Outcome outcome = probe.wait();
@@ -120,7 +126,7 @@ TEST_F(MailProviderTest, WithoutNetworkNothingIsSentAndTheCallerHearsAtOnce) {
         EXPECT_EQ(outcome.error, KVRErrors::notConnectedToNetwork());
         EXPECT_EQ(outcome.thread, std::this_thread::get_id());
     }
-    EXPECT_TRUE(exchange_.posts().empty());
+    EXPECT_TRUE(exchange_.requests().empty());
 }
 
 // An application's main loop: work posted to it waits until the test runs it.
@@ -162,7 +168,7 @@ TEST_F(MailProviderTest, FeedbackGoesToTheSupportMailboxThroughTheApplicationsEx
         Outcome outcome = probe.wait();
         EXPECT_TRUE(outcome.success);
         EXPECT_EQ(outcome.thread, std::this_thread::get_id());
-        auto body = nlohmann::json::parse(exchange_.posts().back().body);
+        auto body = nlohmann::json::parse(exchange_.requests().back().body);
         EXPECT_EQ(body, (nlohmann::json{{"template", "default"},
                                         {"mail_header", {{"subject", "Feedback - iOS"}, {"to", row.expected}}},
                                         {"body_parameters", {{"body_message", "O leitor travou"}}}}));

@@ -167,13 +167,14 @@ TEST_F(MailControllerTest, BodiesArePrettyPrintedAndTextsThatAreNotUtf8AreRefuse
 }
 
 TEST_F(MailControllerTest, SendingPostsTheBodyToTheMailHostAndReturnsTheReply) {
-    KVRFakeExchange exchange(KVRFakeExchange::answering(R"({"status":"sent"})"));
+    KVRFakeExchange exchange;
+    exchange.replyWith(R"({"status":"sent"})");
     auto transaction = soldTransaction();
     std::optional<KVRError> error;
     auto reply = controller_.sendMailCanceledTransaction(*transaction, "ana@example.com", false, &error);
     ASSERT_TRUE(reply) << (error ? error->description() : "");
     EXPECT_EQ(reply->at("status"), "sent");
-    auto posts = exchange.posts();
+    auto posts = exchange.requests();
     ASSERT_EQ(posts.size(), 1u);
     EXPECT_EQ(posts[0].url, "https://mail.test:8443/send");
     EXPECT_EQ(posts[0].contentType, "application/json");
@@ -182,22 +183,27 @@ TEST_F(MailControllerTest, SendingPostsTheBodyToTheMailHostAndReturnsTheReply) {
     EXPECT_EQ(sent.at("body_parameters").at("display_company_information"), "false");
 
     struct Row {
-        KVRFakeExchange::Responder responder;
+        std::optional<long> transportError;
+        const char* body;
         long code;
     } failures[] = {
-        {KVRFakeExchange::failingWith(-1004), -1004},
-        {KVRFakeExchange::answering("<html>down</html>"), 103},
-        {KVRFakeExchange::answering(""), 103},
+        {-1004, "", -1004},
+        {std::nullopt, "<html>down</html>", 103},
+        {std::nullopt, "", 103},
     };
     for (auto& row : failures) {
-        exchange.setResponder(row.responder);
+        if (row.transportError) {
+            exchange.failWith(KVRError(NSURLErrorDomain, *row.transportError));
+        } else {
+            exchange.replyWith(row.body);
+        }
         error.reset();
         EXPECT_FALSE(controller_.sendMailDefault("oi", "a@b.c", "s", &error));
         ASSERT_TRUE(error);
         EXPECT_EQ(error->code(), row.code);
     }
     EXPECT_FALSE(controller_.sendMailDefault("\xff", "a@b.c", "s", &error));
-    EXPECT_EQ(exchange.posts().size(), 4u) << "a body that cannot be serialised is not posted";
+    EXPECT_EQ(exchange.requests().size(), 4u) << "a body that cannot be serialised is not posted";
 }
 
 }  // namespace

@@ -2,49 +2,46 @@
 
 #include "Host/KVRCommunicationController.h"
 
-KVRFakeExchange::KVRFakeExchange(Responder responder) : responder_(std::move(responder)) {
+KVRFakeExchange::KVRFakeExchange() {
+    replyWith("");
     KVRCommunicationController::setExchangeOverride(
         [this](const std::string& body, const std::string& url, const std::string& contentType,
-               std::optional<KVRError>* error) -> std::optional<std::string> {
-            Post post{body, url, contentType};
-            Responder responder;
+               std::optional<KVRError>* error) {
+            Request request{body, url, contentType};
+            Reply reply;
             {
                 std::lock_guard lock(mutex_);
-                posts_.push_back(post);
-                responder = responder_;
+                requests_.push_back(request);
+                reply = reply_;
             }
-            Reply reply = responder(post);
-            if (reply.error) *error = reply.error;
-            return reply.body;
+            return reply(request, error);
         });
 }
 
-KVRFakeExchange::~KVRFakeExchange() { KVRCommunicationController::setExchangeOverride(nullptr); }
+KVRFakeExchange::~KVRFakeExchange() { KVRCommunicationController::setExchangeOverride({}); }
 
-void KVRFakeExchange::setResponder(Responder responder) {
+void KVRFakeExchange::setReply(Reply reply) {
     std::lock_guard lock(mutex_);
-    responder_ = std::move(responder);
+    reply_ = std::move(reply);
 }
 
-std::vector<KVRFakeExchange::Post> KVRFakeExchange::posts() const {
+void KVRFakeExchange::replyWith(std::string body) {
+    setReply([body = std::move(body)](const Request&, std::optional<KVRError>*) { return body; });
+}
+
+void KVRFakeExchange::failWith(KVRError failure) {
+    setReply([failure = std::move(failure)](const Request&, std::optional<KVRError>* error) {
+        *error = failure;
+        return std::optional<std::string>();
+    });
+}
+
+std::vector<KVRFakeExchange::Request> KVRFakeExchange::requests() const {
     std::lock_guard lock(mutex_);
-    return posts_;
+    return requests_;
 }
 
-std::vector<KVRFakeExchange::Post> KVRFakeExchange::postsTo(const std::string& path) const {
-    std::vector<Post> matching;
-    for (const auto& post : posts()) {
-        if (post.url.size() >= path.size() && post.url.compare(post.url.size() - path.size(), path.size(), path) == 0) {
-            matching.push_back(post);
-        }
-    }
-    return matching;
-}
-
-KVRFakeExchange::Responder KVRFakeExchange::answering(std::string body) {
-    return [body = std::move(body)](const Post&) { return Reply{body, std::nullopt}; };
-}
-
-KVRFakeExchange::Responder KVRFakeExchange::failingWith(long urlErrorCode) {
-    return [urlErrorCode](const Post&) { return Reply{std::nullopt, KVRError(NSURLErrorDomain, urlErrorCode)}; };
+size_t KVRFakeExchange::count() const {
+    std::lock_guard lock(mutex_);
+    return requests_.size();
 }

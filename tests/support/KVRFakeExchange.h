@@ -8,38 +8,34 @@
 #include <string>
 #include <vector>
 
-/// Stands in for the network while it lives: every post of the library goes
-/// to the reply function instead, and is remembered.
+/// Stands in for the acquirer's hosts for the life of the object: every post
+/// is recorded and answered by the reply function (by default an empty body).
 class KVRFakeExchange {
 public:
-    struct Post {
+    struct Request {
         std::string body;
         std::string url;
         std::string contentType;
     };
-    /// The reply bytes, or nothing with a transport error.
-    struct Reply {
-        std::optional<std::string> body;
-        std::optional<KVRError> error;
-    };
-    using Responder = std::function<Reply(const Post& post)>;
+    /// The reply body, or nothing with `error` set to a transport failure.
+    using Reply = std::function<std::optional<std::string>(const Request& request, std::optional<KVRError>* error)>;
 
-    explicit KVRFakeExchange(Responder responder = answering(""));
+    KVRFakeExchange();
     ~KVRFakeExchange();
     KVRFakeExchange(const KVRFakeExchange&) = delete;
     KVRFakeExchange& operator=(const KVRFakeExchange&) = delete;
 
-    void setResponder(Responder responder);
-    std::vector<Post> posts() const;
-    /// The posts whose URL ends with the path ("/Authorize", "/send"...).
-    std::vector<Post> postsTo(const std::string& path) const;
+    void setReply(Reply reply);
+    /// Every post gets this body.
+    void replyWith(std::string body);
+    /// Every post fails with this transport error.
+    void failWith(KVRError error);
 
-    static Responder answering(std::string body);
-    /// A transport failure in NSURLErrorDomain with the code (-1001 time-out...).
-    static Responder failingWith(long urlErrorCode);
+    std::vector<Request> requests() const;
+    size_t count() const;
 
 private:
     mutable std::mutex mutex_;
-    Responder responder_;
-    std::vector<Post> posts_;
+    Reply reply_;
+    std::vector<Request> requests_;
 };
