@@ -10,20 +10,25 @@ std::string KVRRegisterFile::path() {
     return documents.empty() ? std::string() : documents + "/" + kFileName;
 }
 
-std::optional<std::string> KVRRegisterFile::stringForKey(const std::string& key) {
-    std::string file = path();
-    if (file.empty()) return std::nullopt;
+KVRRegisterFile KVRRegisterFile::load() {
+    KVRRegisterFile file;
+    std::string location = path();
+    if (location.empty()) return file;
     std::string why;
-    auto dictionary = KVRPropertyList::readDictionary(file, &why);
-    if (!dictionary) {
-        if (why != "no such file") KVRLoggingUtil::printLog("Can't read " + file + ": " + why);
-        return std::nullopt;
+    if (auto dictionary = KVRPropertyList::readDictionary(location, &why)) {
+        file.entries_ = std::move(*dictionary);
+    } else if (why != "no such file") {
+        KVRLoggingUtil::printLog("Can't read " + location + ": " + why);
     }
-    auto it = dictionary->find(key);
-    if (it == dictionary->end()) return std::nullopt;
+    return file;
+}
+
+std::optional<std::string> KVRRegisterFile::kovraCode() { return load().stringForKey("kovracode"); }
+
+std::optional<std::string> KVRRegisterFile::stringForKey(const std::string& key) const {
+    auto it = entries_.find(key);
+    if (it == entries_.end()) return std::nullopt;
     const auto* text = std::get_if<std::string>(&it->second);
     if (!text) return std::nullopt;
     return *text;
 }
-
-std::optional<std::string> KVRRegisterFile::kovraCode() { return stringForKey("kovracode"); }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kovra/KVRPropertyValue.h>
+
 #include <optional>
 #include <string>
 
@@ -10,11 +12,15 @@ class KVRRegisterFile {
 public:
     static constexpr const char* kFileName = "register.plist";
 
-    KVRRegisterFile() = delete;
-
     static std::string path();
-    /// The string stored under the key.
-    static std::optional<std::string> stringForKey(const std::string& key);
-    /// The "kovracode" entry.
+    /// The file as it is now (empty when it cannot be read).
+    static KVRRegisterFile load();
+    /// The "kovracode" entry of the file as it is now.
     static std::optional<std::string> kovraCode();
+
+    /// The string stored under the key.
+    std::optional<std::string> stringForKey(const std::string& key) const;
+
+private:
+    KVRPropertyDictionary entries_;
 };

@@ -12,6 +12,26 @@ void complete(const KVRCompletion& block, bool success, std::optional<KVRError> 
     if (block) block(success, std::move(error));
 }
 
+std::shared_ptr<KVRMerchantParameter> merchantParameters(const KVRActivationController& controller) {
+    const auto& reply = controller.authorisationResponse;
+    if (!reply || !reply->data || !reply->data->acceptorConfiguration) return nullptr;
+    const auto& dataSet = reply->data->acceptorConfiguration->dataSet;
+    if (!dataSet || !dataSet->content) return nullptr;
+    return dataSet->content->merchantParameters;
+}
+
+void storeMerchant(const std::string& kovraCode, const KVRActivationController& controller) {
+    auto merchant = KVRMerchantModel::create();
+    merchant->setKovracode(kovraCode);
+    if (auto parameters = merchantParameters(controller)) {
+        merchant->setSaleAffiliationKey(parameters->saleAffiliationKey);
+        merchant->setMerchantName(parameters->companyName);
+        merchant->setDocumentNumber(parameters->identificationCode);
+        merchant->setAddress(parameters->address);
+    }
+    merchant->save();
+}
+
 void enrol(const std::string& kovraCode, const KVRCompletion& block) {
     KVRActivationController controller;
     controller.activativateWithKovraCode(kovraCode, [&](bool success, std::optional<KVRError> error) {
@@ -19,7 +39,7 @@ void enrol(const std::string& kovraCode, const KVRCompletion& block) {
             complete(block, false, std::move(error));
             return;
         }
-        controller.storeMerchantWithKovraCode(kovraCode);
+        storeMerchant(kovraCode, controller);
         complete(block, true, std::nullopt);
     });
 }

@@ -9,12 +9,15 @@
 #include "Persistence/KVRDataBaseController.h"
 #include "Platform/KVRPropertyList.h"
 #include "Utils/KVRReachability.h"
+#include "support/KVRFakeExchange.h"
 #include "support/KVRLogCapture.h"
 #include "support/KVRTemporaryStore.h"
 
 #include <sqlite3.h>
 
 #include <atomic>
+#include <chrono>
+#include <thread>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -258,6 +261,35 @@ TEST_F(DataBaseControllerTest, WithoutAMerchantNothingIsMigratedUnlessOneCanBeEn
     EXPECT_EQ(exchanges_, 0) << "no network: enrolment fails before any exchange";
     EXPECT_TRUE(KVRTransactionModel::findAll().empty());
     EXPECT_TRUE(KVRMerchantModel::findAll().empty());
+}
+
+TEST_F(DataBaseControllerTest, TheMerchantOfRegisterPlistIsEnrolledAndThenGetsTheRows) {
+    {
+        LegacyDatabase legacy(legacyPath());
+        legacy.insert(approvedCredit());
+        legacy.insert(declinedDebit());
+    }
+    KVRPropertyList::writeDictionary(KVRDirectories::documentsDirectory() + "/register.plist",
+                                     {{"kovracode", std::string("KOVRA-7")}});
+    KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
+    KVRFakeExchange host;
+    host.replyWith(
+        "<Document><AccptrCfgtnUpd><AccptrCfgtn><DataSet><Cntt><MrchntParams><Sak>SAK-7</Sak></MrchntParams>"
+        "</Cntt></DataSet></AccptrCfgtn></AccptrCfgtnUpd></Document>");
+
+    controller().migrateDatabase();
+
+    // The rows are copied on the pool once enrolment has finished.
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (KVRTransactionModel::findAll().size() < 2 && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    ASSERT_EQ(KVRTransactionModel::findAll().size(), 2u);
+    auto merchant = KVRMerchantModel::findFirstByAttribute("kovracode", "KOVRA-7");
+    ASSERT_TRUE(merchant);
+    EXPECT_EQ(merchant->saleAffiliationKey(), "SAK-7");
+    EXPECT_EQ(merchant->transactions().size(), 2u);
+    EXPECT_EQ(host.count(), 1u);
 }
 
 }  // namespace
