@@ -2,10 +2,14 @@
 
 #include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRCardProvider.h>
+#include <kovra/KVRDirectories.h>
 #include <kovra/KVRDisplayProvider.h>
+#include <kovra/KVRMerchantModel.h>
 #include <kovra/KVRPinPadConnectionProvider.h>
 #include <kovra/KVRQueues.h>
+#include <kovra/KVRTransactionModel.h>
 
+#include "Persistence/KVRDataBaseController.h"
 #include "Pinpad/KVRBluetoothConnection.h"
 #include "Pinpad/KVRPinpadController.h"
 #include "Platform/KVRAccessoryManager.h"
@@ -17,6 +21,8 @@
 #include "support/KVRTemporaryStore.h"
 
 #include <future>
+
+#include <sqlite3.h>
 #include <mutex>
 #include <thread>
 
@@ -206,6 +212,27 @@ TEST_F(PinpadProvidersTest, ConnectUsesTheFirstAccessoryAndCompletesBeforeReturn
     EXPECT_TRUE(recorder.calls()[2].success);
     EXPECT_EQ(recorder.calls()[2].thread, std::this_thread::get_id());
     EXPECT_EQ(KVRBluetoothConnection::sharedController()->accessory(), pinpad_.accessory());
+}
+
+TEST_F(PinpadProvidersTest, ConnectBringsTheLegacyTransactionsInFirstEvenWithoutAPinpad) {
+    auto merchant = KVRMerchantModel::create();
+    merchant->setKovracode(std::string("KOVRA-0001"));
+    merchant->save();
+    sqlite3* db = nullptr;
+    ASSERT_EQ(sqlite3_open((KVRDirectories::documentsDirectory() + "/trans.db").c_str(), &db), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(db, KVRDataBaseController::kCreateStatement, nullptr, nullptr, nullptr), SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(db, "INSERT INTO contacts (amount,status,type,Reference) VALUES ('1250','Transação Aprovada','Crédito','REF-1')",
+                           nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    sqlite3_close(db);
+
+    KVRCompletionRecorder recorder;
+    KVRPinPadConnectionProvider::connectToPinpad(recorder.block());
+    ASSERT_EQ(recorder.count(), 1u);
+    EXPECT_EQ(recorder.calls()[0].error->code(), 303);
+    auto migrated = KVRTransactionModel::findFirstByAttribute("reference", "REF-1");
+    ASSERT_TRUE(migrated);
+    EXPECT_EQ(migrated->amount(), std::optional<KVRNumber>(1250));
 }
 
 }  // namespace
