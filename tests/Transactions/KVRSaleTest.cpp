@@ -5,6 +5,7 @@
 
 #include "Persistence/KVRStoreFileInspector.h"
 #include "Transactions/KVRSaleBench.h"
+#include "support/KVRLogCapture.h"
 #include "support/KVRPinpadReplies.h"
 
 #include <kovra/KVRApplicationInfo.h>
@@ -308,6 +309,18 @@ TEST_F(SaleFlowTest, AnApprovedChipSaleIsStoredWithTheHostsKeysBeforeTheCardIsTo
         EXPECT_NE(xml.find(part), std::string::npos) << part;
     }
     EXPECT_EQ(bench_.commands(), (std::vector<std::string>{"GIN", "GCR", "GOC", "DSP", "FNC", "RMC"}));
+}
+
+TEST_F(SaleFlowTest, TheDebugLogShowsTheRequestWithoutTheCardNumber) {
+    KVRLogCapture log;
+    KVRApplicationInfo::setValue("Kovra Debugginho Developer", true);
+    bench_.answer("FNC", {fncReply(0, 0)});
+    ASSERT_TRUE(bench_.sell(Bench::newSale(1000)).success);
+    KVRApplicationInfo::removeValue("Kovra Debugginho Developer");
+    EXPECT_TRUE(log.contains("<AccptrAuthstnReq>")) << "the request is logged";
+    EXPECT_TRUE(log.contains(std::string("-----> ") + Bench::kReceiptKey));
+    EXPECT_TRUE(log.contains("0010"));
+    EXPECT_FALSE(log.contains("4761739001010010")) << log.text();
 }
 
 TEST_F(SaleFlowTest, APinpadWithoutTablesGetsThemAndTheSaleStartsAgain) {
