@@ -197,9 +197,11 @@ public:
         add(table("BM_Tables_Encode", "encode the 200 records (TLR texts)", std::nullopt));
         add(table("BM_Tables_ParseAndEncode", "parse and encode, 200 records", 1.0));
 
-        add(saleTime());
-        add(flowAgainstWire("BM_Flow_Sale", "Sale", "chip sale: library / wire time", 0.02));
-        add(tableLoadTime());
+        add(flowTime("BM_Flow_Sale/0", "Sale", "chip sale, library time per sale", 1, 1e6));
+        add(flowTime("BM_Flow_Sale/1000", "Sale", "chip sale, 1 000 past sales in the store", 1, 1e6));
+        add(providerSale());
+        add(flowAgainstWire("BM_Flow_Sale/0", "Sale", "chip sale: library / wire time", 0.02));
+        add(flowTime("BM_Flow_TableLoad", "Table load", "table load, library time per record", 0, std::nullopt));
         add(flowAgainstWire("BM_Flow_TableLoad", "Table load", "table load: library / wire time", std::nullopt));
 
         add(demoMemory(demoRssKib));
@@ -355,28 +357,34 @@ private:
         return row;
     }
 
-    // Flows may wait on the link, so their library time is wall-clock time.
-    Row saleTime() const {
-        std::string area = "Sale";
-        std::string measure = "chip sale, library time per sale";
-        std::string target = "< 1 ms";
-        auto* m = results_.find("BM_Flow_Sale");
+    // The flows run on one thread against a PIN pad whose replies are already
+    // there, so their CPU time is the library's time. Their wall-clock time is
+    // shown too: it adds the disk confirming the approved record (the store
+    // syncs every commit) and whatever else the machine was running.
+    /// `perRun` 0: the time of a run divided by its records.
+    Row flowTime(const std::string& name, const std::string& area, const std::string& measure, int perRun,
+                 std::optional<double> limitNs) const {
+        std::string target = limitNs ? fmt("< %g ms", *limitNs / 1e6) : "";
+        auto* m = results_.find(name);
         if (!m) return notAvailable(area, measure, target);
-        Row row{area, measure, duration(m->realNs), "cpu " + duration(m->cpuNs), "", target, m->realNs < 1e6};
-        row.numbers = {{"real_ns", m->realNs}, {"cpu_ns", m->cpuNs}, {"pinpad_commands", m->counter("pinpad_commands")}};
+        double runs = perRun ? 1 : m->counter("records", 1);
+        double cpu = m->cpuNs / runs;
+        double real = m->realNs / runs;
+        Row row{area, measure, duration(cpu), "wall " + duration(real), "", target,
+                limitNs ? std::optional<bool>(cpu < *limitNs) : std::nullopt};
+        if (!perRun) row.anchor += fmt(", whole load %.3f ms", m->cpuNs / 1e6);
+        row.numbers = {{"cpu_ns", cpu}, {"real_ns", real}, {"divided_by", runs},
+                       {"pinpad_commands", m->counter("pinpad_commands")}};
         return row;
     }
 
-    Row tableLoadTime() const {
-        std::string area = "Table load";
-        std::string measure = "table load, library time per record";
-        auto* m = results_.find("BM_Flow_TableLoad");
+    Row providerSale() const {
+        std::string area = "Sale";
+        std::string measure = "chip sale through the public entry (wall)";
+        auto* m = results_.find("BM_Flow_SaleThroughProvider/process_time/real_time");
         if (!m) return notAvailable(area, measure);
-        double records = m->counter("records", 1);
-        Row row{area, measure, duration(m->realNs / records), "whole load " + duration(m->realNs) + fmt(", %.0f records", records),
-                "", "", std::nullopt};
-        row.numbers = {{"real_ns_per_load", m->realNs}, {"cpu_ns_per_load", m->cpuNs}, {"records", records},
-                       {"real_ns_per_record", m->realNs / records}};
+        Row row{area, measure, duration(m->realNs), "cpu of all threads " + duration(m->cpuNs), "", "", std::nullopt};
+        row.numbers = {{"real_ns", m->realNs}, {"process_cpu_ns", m->cpuNs}};
         return row;
     }
 
@@ -387,15 +395,15 @@ private:
         if (!m) return notAvailable(area, measure, target);
         double bytes = m->counter("wire_bytes");
         double wireNs = wireSeconds(bytes) * 1e9;
-        double ratio = m->realNs / wireNs;
+        double ratio = m->cpuNs / wireNs;
         Row row{area,
                 measure,
-                duration(m->realNs),
+                duration(m->cpuNs),
                 duration(wireNs) + fmt(" line, %.0f B", bytes),
                 percent(ratio),
                 target,
                 limit ? std::optional<bool>(ratio < *limit) : std::nullopt};
-        row.numbers = {{"real_ns", m->realNs},
+        row.numbers = {{"cpu_ns", m->cpuNs},
                        {"wire_bytes", bytes},
                        {"wire_bytes_to_pinpad", m->counter("wire_bytes_to_pinpad")},
                        {"wire_bytes_from_pinpad", m->counter("wire_bytes_from_pinpad")},
@@ -512,7 +520,8 @@ int main(int argc, char** argv) {
 
     std::vector<Row> rows = Report(results).rows(demoRssKib);
     printTable(rows, std::cout);
-    std::cout << "\nTimes are CPU time of the benchmark thread, except the sale and the table load (wall clock).\n"
+    std::cout << "\nTimes are CPU time of the benchmark thread (wall clock where marked). Table loads and sales run\n"
+                 "against a PIN pad whose replies are queued beforehand; their wall time adds the store's disk sync.\n"
                  "Line time: 19 200 bit/s, 10 bits per byte (8N1). Targets are aims: nothing here is asserted.\n";
 
     json context = results.context();
@@ -525,7 +534,7 @@ int main(int argc, char** argv) {
           {"load_avg", context.value("load_avg", json::array())},
           {"build", build}}},
         {"line", {{"bits_per_second", kLineBitsPerSecond}, {"bits_per_byte", kBitsPerByte}}},
-        {"time_basis", "cpu time of the benchmark thread; wall clock for BM_Flow_*"},
+        {"time_basis", "cpu time of the benchmark thread; wall clock where a row says so"},
         {"demo_peak_rss_kib", demoRssKib ? json(*demoRssKib) : json(nullptr)},
         {"rows", rowsToJson(rows)},
         {"benchmarks", results.raw()},

@@ -13,6 +13,7 @@
 #include "Tms/KVRAidTable.h"
 #include "Tms/KVRCapkTable.h"
 #include "support/KVRBenchSamples.h"
+#include "support/KVRPinpadReplies.h"
 
 #include <cstring>
 #include <string>
@@ -96,7 +97,7 @@ void decodeEach(benchmark::State& state, const std::string& reply) {
 void BM_Decode_GCR(benchmark::State& state) {
     const std::string reply = KVRBenchSamples::gcrChipReply();
     KVRGcrCommandResponse check(reply.c_str());
-    if (check.pan != "4761739001010119" || check.cardType != 3) {
+    if (check.pan != KVRPinpadReplies::CardRead{}.pan || check.cardType != 3) {
         state.SkipWithError("the sample GCR reply does not decode as laid out");
         return;
     }

@@ -1,5 +1,7 @@
 #include "support/KVRBenchSamples.h"
 
+#include "support/KVRPinpadReplies.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <initializer_list>
@@ -8,20 +10,10 @@
 
 namespace {
 
-std::string pad(const std::string& text, size_t width) {
-    std::string out = text.substr(0, width);
-    out.resize(width, ' ');
-    return out;
-}
-
 std::string num(long long value, int width) {
     char buffer[32];
     std::snprintf(buffer, sizeof buffer, "%0*lld", width, value);
     return buffer;
-}
-
-std::string withHeader(const std::string& command, const std::string& body) {
-    return command + "000" + num(static_cast<long long>(body.size()), 3) + body;
 }
 
 /// Writes elements the way the hosts lay them out: one tab per level, one
@@ -162,18 +154,7 @@ void writeCapk(Layout& layout, int index) {
 
 }  // namespace
 
-std::string KVRBenchSamples::chipTrack2() { return "4761739001010119=27122011143804489"; }
-
-std::string KVRBenchSamples::gcrChipReply() {
-    const std::string pan = "4761739001010119";
-    std::string body = num(3, 2) + "0" + num(1, 2) + "08" + "02";
-    body += "00" + pad("", 76);
-    body += num(static_cast<long long>(chipTrack2().size()), 2) + pad(chipTrack2(), 37);
-    body += "000" + pad("", 104);
-    body += num(static_cast<long long>(pan.size()), 2) + pad(pan, 19) + "01";
-    body += pad("VISA CREDITO", 16) + "201" + pad("CLIENTE TESTE", 26) + "271231" + std::string(29, '0') + "076" + "000";
-    return withHeader("GCR", body);
-}
+std::string KVRBenchSamples::gcrChipReply() { return KVRPinpadReplies::gcrReply(0, KVRPinpadReplies::CardRead{}); }
 
 std::string KVRBenchSamples::gocEmvData() {
     // Tag, value: the data a chip gives for an on-line authorisation.
@@ -195,10 +176,7 @@ std::string KVRBenchSamples::gocEmvData() {
 }
 
 std::string KVRBenchSamples::gocOnlineReply() {
-    std::string emv = gocEmvData();
-    std::string body = std::string("2") + "0" + "0" + "0" + "0" + "1" + pad("8A3C1F0B9D2E4F67", 16) +
-                       pad("FFFF9876543210E00001", 20) + num(static_cast<long long>(emv.size() / 2), 3) + emv + "000";
-    return withHeader("GOC", body);
+    return KVRPinpadReplies::gocReply(0, 2, "8A3C1F0B9D2E4F67", "FFFF9876543210E00001", gocEmvData());
 }
 
 std::string KVRBenchSamples::authorisationResponse() {
