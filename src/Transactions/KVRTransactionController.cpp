@@ -14,9 +14,10 @@
 #include "Host/Messages/KVRAcceptorAuthorisation.h"
 #include "Host/Messages/KVRAcceptorAuthorisationResponse.h"
 #include "Host/Messages/KVRAuthorisationRequestFactory.h"
+#include "Host/TBXML.h"
 #include "Pinpad/KVRCardDataMasker.h"
 #include "Pinpad/KVRCommandController.h"
-#include "Tms/KVRAidTable.h"
+#include "Tms/KVRAid.h"
 #include "Tms/KVRTmsController.h"
 #include "Transactions/KVRCancellationController.h"
 #include "Utils/KVRClock.h"
@@ -553,11 +554,16 @@ std::optional<std::string> KVRTransactionController::getTransactionAidWithGcrRes
         KVRLoggingUtil::printLog("Error - TMS Table not downloaded.");
         return std::string();
     }
-    KVRAidTable table;
+    // Only the card's application is wanted: the applications are read one by
+    // one up to it, and no PIN pad record is built for any of them.
     std::optional<KVRError> error;
-    table.readAidString(tables->aidTable().value_or(""), &error);
-    for (const auto& aid : table.Aids) {
-        if (aid->Recidx && KVRStringUtil::leadingInteger(*aid->Recidx) == gcrResponse.recidx) return aid->ApplicationId;
+    TBXML xml(tables->aidTable().value_or(""), &error);
+    if (error) return std::nullopt;
+    for (const TBXMLElement* e = TBXML::childElementNamed("Aid", xml.rootXMLElement()); e;
+         e = TBXML::nextSiblingNamed("Aid", e)) {
+        KVRAid aid;
+        aid.read(e);
+        if (aid.Recidx && KVRStringUtil::leadingInteger(*aid.Recidx) == gcrResponse.recidx) return aid.ApplicationId;
     }
     return std::nullopt;
 }
