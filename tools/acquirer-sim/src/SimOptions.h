@@ -1,0 +1,27 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+
+namespace acqsim {
+
+// The command line:
+//   kovra-acquirer-sim --port N [--state DIR] [--merchants FILE] [--print-ca]
+//                      [--auth-delay SECONDS] [--help]
+struct SimOptions {
+    int port = -1;
+    std::filesystem::path stateDirectory;
+    std::optional<std::filesystem::path> merchantsFile;
+    bool printCa = false;
+    double lateAnswerSeconds = 55;
+
+    // Parses the arguments. Returns the options to run with, or nothing
+    // after printing help or an error; `exitCode` then says how to exit.
+    static std::optional<SimOptions> parse(int argc, char** argv, int& exitCode);
+
+    // $XDG_STATE_HOME/kovra-acquirer-sim, else ~/.local/state/kovra-acquirer-sim,
+    // else ./acquirer-state.
+    static std::filesystem::path defaultStateDirectory();
+};
+
+} // namespace acqsim

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <filesystem>
+#include <mutex>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+namespace acqsim {
+
+struct AuthorisationRecord {
+    std::string receiptId;          // RcptTxId we issued
+    std::string initiatorId;        // InitrTxId of the request
+    std::string reference;          // TxRef of the request
+    std::string merchantId;         // Mrchnt/Id/Id of the request
+    std::string amount;             // TtlAmt, integer cents
+    std::string response;           // APPR, DECL, PART or TECH
+    std::string authorisationCode;
+    std::string time;
+};
+
+struct CancellationVerdict {
+    bool approved = false;
+    std::string reason;             // why it was declined; empty when approved
+};
+
+// Everything that must survive a restart, in one JSON file (state.json):
+//   { "nextReceipt": n, "outboxCounter": n,
+//     "merchantsSeen": { KovraCode: { "saleAffiliationKey", "enrolments",
+//                                     "tableDownloads", "lastSeen" } },
+//     "authorisations": { RcptTxId: { "initiatorId", "reference", "merchantId",
+//                         "amount", "response", "authorisationCode", "time",
+//                         "cancelled", "cancelledAt" } } }
+// Each change is written at once (temporary file, then rename). Safe to use
+// from several threads.
+class SimState {
+public:
+    // Reads the file when it exists; throws std::runtime_error when it is not
+    // a state file.
+    explicit SimState(std::filesystem::path file);
+
+    void noteEnrolment(const std::string& kovraCode, const std::string& saleAffiliationKey);
+    void noteTableDownload(const std::string& kovraCode, const std::string& saleAffiliationKey);
+
+    // A new receipt transaction identifier: local date "yyMMdd" and a
+    // ten-digit sequence number that never repeats in this state directory.
+    std::string nextReceiptId();
+    void recordAuthorisation(const AuthorisationRecord& record);
+
+    // Approves, and marks cancelled, an approved authorisation not yet
+    // cancelled whose keys, merchant, reference and amount all match;
+    // declines otherwise.
+    CancellationVerdict cancel(const std::string& receiptId, const std::string& initiatorId,
+                               const std::string& amount, const std::string& merchantId,
+                               const std::string& reference);
+
+    // 1, 2, 3... across runs.
+    int nextOutboxNumber();
+
+private:
+    void saveLocked();
+    nlohmann::json& merchantEntryLocked(const std::string& kovraCode, const std::string& saleAffiliationKey);
+
+    std::filesystem::path file_;
+    std::mutex mutex_;
+    nlohmann::json data_;
+};
+
+} // namespace acqsim

@@ -1,0 +1,126 @@
+// "/send": what the mail service accepts, and that accepted mails land in
+// the outbox exactly as sent.
+#include "Messages.h"
+#include "SimSession.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <memory>
+#include <sstream>
+
+namespace {
+
+using nlohmann::json;
+
+std::string readFile(const std::filesystem::path& file) {
+    std::ifstream in(file);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+class MailTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { session_ = std::make_unique<SimSession>(); }
+    static void TearDownTestSuite() { session_.reset(); }
+
+    static HttpReply send(const json& mail) { return session_->client().postJson("/send", mail.dump()); }
+    static std::filesystem::path outbox() { return session_->process().stateDirectory() / "outbox"; }
+    static size_t outboxSize() {
+        return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(outbox()), {}));
+    }
+
+    static std::unique_ptr<SimSession> session_;
+};
+
+std::unique_ptr<SimSession> MailTest::session_;
+
+TEST_F(MailTest, AcceptedMailsAreKeptInTheOutboxAsSent) {
+    json receipt = saleReceiptMail();
+    json cancellation = saleReceiptMail();
+    cancellation["template"] = "void_transaction";
+    cancellation["mail_header"]["subject"] = "Comprovante de cancelamento";
+    json feedback = {{"template", "default"},
+                     {"mail_header", {{"subject", "Feedback - iOS"}, {"to", "suporte@kovra.example"}}},
+                     {"body_parameters", {{"body_message", "Tudo certo"}}}};
+
+    const size_t before = outboxSize();
+    for (const json& mail : {receipt, cancellation, feedback}) {
+        HttpReply reply = send(mail);
+        ASSERT_EQ(reply.status, 200) << reply.body;
+        EXPECT_EQ(json::parse(reply.body), json({{"status", "sent"}}));
+    }
+    ASSERT_EQ(outboxSize(), before + 3);
+    const std::string last = readFile(outbox() / (std::to_string(before + 3) + ".json"));
+    EXPECT_EQ(json::parse(last), feedback);
+    EXPECT_NE(last.find("\n  \"template\""), std::string::npos) << "not pretty-printed: " << last;
+    EXPECT_EQ(json::parse(readFile(outbox() / (std::to_string(before + 1) + ".json"))), receipt);
+}
+
+TEST_F(MailTest, ReceiptWithoutAidMustNotDisplayIt) {
+    json receipt = saleReceiptMail();
+    receipt["body_parameters"]["transaction_aid"] = "";
+    receipt["body_parameters"]["display_aid_arqc"] = "false";
+    EXPECT_EQ(send(receipt).status, 200);
+}
+
+struct BrokenMail {
+    const char* name;
+    void (*change)(json&);
+};
+
+void PrintTo(const BrokenMail& value, std::ostream* out) {
+    *out << value.name;
+}
+
+class BrokenMailTest : public MailTest, public ::testing::WithParamInterface<BrokenMail> {};
+
+TEST_P(BrokenMailTest, IsRefusedAndNotKept) {
+    json mail = saleReceiptMail();
+    GetParam().change(mail);
+    const size_t before = outboxSize();
+
+    HttpReply reply = send(mail);
+
+    EXPECT_EQ(reply.status, 400);
+    json answer = json::parse(reply.body, nullptr, false);
+    EXPECT_EQ(answer.value("status", ""), "error") << reply.body;
+    EXPECT_FALSE(answer.value("error", "").empty());
+    EXPECT_EQ(outboxSize(), before);
+}
+
+json& params(json& mail) {
+    return mail["body_parameters"];
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Mails, BrokenMailTest,
+    ::testing::Values(
+        BrokenMail{"NoTemplate", [](json& m) { m.erase("template"); }},
+        BrokenMail{"UnknownTemplate", [](json& m) { m["template"] = "receipt"; }},
+        BrokenMail{"NoDestination", [](json& m) { m["mail_header"].erase("to"); }},
+        BrokenMail{"DestinationNotAnAddress", [](json& m) { m["mail_header"]["to"] = "cliente"; }},
+        BrokenMail{"NoSubject", [](json& m) { m["mail_header"].erase("subject"); }},
+        BrokenMail{"SaleSubjectOnCancellation", [](json& m) { m["template"] = "void_transaction"; }},
+        BrokenMail{"MissingParameter", [](json& m) { params(m).erase("transaction_arqc"); }},
+        BrokenMail{"ExtraParameter", [](json& m) { params(m)["body_message"] = "x"; }},
+        BrokenMail{"NumberNotText", [](json& m) { params(m)["transaction_kovra_id"] = 123456; }},
+        BrokenMail{"AmountWithPoint", [](json& m) { params(m)["transaction_amount"] = "10.00"; }},
+        BrokenMail{"DateUnsplit", [](json& m) { params(m)["transaction_date"] = "01/06/2025 - 10:20"; }},
+        BrokenMail{"WholeCardNumber", [](json& m) { params(m)["client_masked_card_number"] = "4761739001010010"; }},
+        BrokenMail{"AidShownButEmpty", [](json& m) { params(m)["transaction_aid"] = ""; }},
+        BrokenMail{"FlagNotBoolean", [](json& m) { params(m)["display_company_information"] = "yes"; }},
+        BrokenMail{"DefaultWithReceiptKeys", [](json& m) { m["template"] = "default"; }},
+        BrokenMail{"NotAnObject", [](json& m) { m = json::array({1, 2}); }}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(MailTest, RequestThatIsNotJsonOrLacksItsHeadersIsRefused) {
+    HttpsClient& client = session_->client();
+    EXPECT_EQ(client.postJson("/send", "{\"template\":").status, 400);
+    const std::string body = saleReceiptMail().dump();
+    EXPECT_EQ(client.send("POST", "/send", body, {"Content-Type: application/json", "Accept:", "Expect:"}).status, 400);
+    EXPECT_EQ(client.send("POST", "/send", body, {"Content-Type: text/plain", "Accept: application/json", "Expect:"}).status, 400);
+}
+
+} // namespace

@@ -1,0 +1,230 @@
+// "/Report": enrolment by KovraCode and EMV table download by sale
+// affiliation key, as the library's status reports ask for them.
+#include "Messages.h"
+#include "SimSession.h"
+
+#include <gtest/gtest.h>
+#include <openssl/evp.h>
+#include <pugixml.hpp>
+
+#include <map>
+#include <memory>
+
+namespace {
+
+constexpr const char* kMerchantParams = "/Document/AccptrCfgtnUpd/AccptrCfgtn/DataSet/Cntt/MrchntParams";
+
+class ReportTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { session_ = std::make_unique<SimSession>(); }
+    static void TearDownTestSuite() { session_.reset(); }
+
+    static HttpReply report(const std::string& body) { return session_->client().postXml("/Report", body); }
+
+    // Cuts `<Tag>`...`</Tag>` out of the raw reply, as the library does
+    // before it stores a table, and parses it on its own.
+    static pugi::xml_node block(const std::string& reply, const std::string& tag, pugi::xml_document& doc) {
+        const std::string open = "<" + tag + ">";
+        const std::string close = "</" + tag + ">";
+        size_t start = reply.find(open);
+        size_t end = reply.find(close, start);
+        if (start == std::string::npos || end == std::string::npos) {
+            ADD_FAILURE() << "no " << open << " ... " << close << " block in the reply";
+            return {};
+        }
+        std::string text = reply.substr(start, end + close.size() - start);
+        EXPECT_TRUE(doc.load_string(text.c_str())) << text;
+        return doc.document_element();
+    }
+
+    static std::unique_ptr<SimSession> session_;
+};
+
+std::unique_ptr<SimSession> ReportTest::session_;
+
+TEST_F(ReportTest, KnownKovraCodeAnswersTheMerchantParameters) {
+    HttpReply reply = report(statusReportForKovraCode("KOVRA-0001"));
+
+    ASSERT_EQ(reply.error, CURLE_OK);
+    EXPECT_EQ(reply.status, 200);
+    const std::string params = kMerchantParams;
+    EXPECT_EQ(valueAt(reply.body, (params + "/Sak").c_str()), "1234-5678");
+    EXPECT_EQ(valueAt(reply.body, (params + "/CpnyNm").c_str()), "Padaria Pão Quente Ltda");
+    EXPECT_EQ(valueAt(reply.body, (params + "/IdCd").c_str()), "12.345.678/0001-95");
+    EXPECT_EQ(valueAt(reply.body, (params + "/Adr/City").c_str()), "São Paulo");
+    EXPECT_EQ(valueAt(reply.body, (params + "/Adr/Nghbhd").c_str()), "Consolação");
+    for (const char* tag : {"Strt", "Dstrct", "DrNb", "ZipCd", "Cmplmt"}) {
+        EXPECT_TRUE(hasNode(reply.body, (params + "/Adr/" + tag).c_str())) << tag;
+    }
+}
+
+TEST_F(ReportTest, UnknownKovraCodeAnswersWithoutConfigurationUpdate) {
+    HttpReply reply = report(statusReportForKovraCode("KOVRA-9999"));
+
+    EXPECT_EQ(reply.status, 200);
+    EXPECT_TRUE(hasNode(reply.body, "/Document/AccptrRjctn"));
+    EXPECT_EQ(reply.body.find("AccptrCfgtnUpd"), std::string::npos);
+}
+
+TEST_F(ReportTest, TableDownloadAcceptsTheKeyWithOrWithoutDashes) {
+    for (const char* key : {"1234-5678", "12345678", "8765-4321"}) {
+        HttpReply reply = report(statusReportForSaleKey(key));
+        EXPECT_TRUE(hasNode(reply.body, "/Document/AccptrCfgtnUpd/AccptrCfgtn/DataSet/Cntt/TermnlParams")) << key;
+    }
+}
+
+TEST_F(ReportTest, UnknownSaleAffiliationKeyAnswersWithoutConfigurationUpdate) {
+    HttpReply reply = report(statusReportForSaleKey("9999-0000"));
+
+    EXPECT_TRUE(hasNode(reply.body, "/Document/AccptrRjctn"));
+    EXPECT_EQ(reply.body.find("AccptrCfgtnUpd"), std::string::npos);
+    EXPECT_EQ(reply.body.find("<AidTbl>"), std::string::npos);
+}
+
+// What the PIN pad record of each AID needs: present, numeric where the
+// record converts to a number, and no wider than its field.
+TEST_F(ReportTest, AidTableHoldsTheBrandApplicationsInRecordWidths) {
+    HttpReply reply = report(statusReportForSaleKey("1234-5678"));
+    pugi::xml_document doc;
+    pugi::xml_node table = block(reply.body, "AidTbl", doc);
+
+    std::map<std::string, int> recidxByAid;
+    struct Width {
+        const char* tag;
+        size_t min;
+        size_t max;
+    };
+    const Width widths[] = {{"AcquirerNumber", 1, 2}, {"Recidx", 1, 2},  {"AID", 10, 32},      {"ApplicationType", 1, 2},
+                            {"AppName", 1, 16},       {"TerminalCapabilities", 6, 6}, {"AdditionalTerminalCapabilities", 10, 10},
+                            {"TerminalType", 2, 2},   {"TACDefault", 10, 10}, {"TACDenial", 10, 10}, {"TACOnline", 10, 10},
+                            {"FloorLimit", 8, 8},     {"TCC", 1, 1},     {"CTLSZEROAM", 1, 1}, {"CTLSMODE", 1, 1},
+                            {"CTLSTRNLIM", 8, 8},     {"CTLSFLRLIM", 8, 8}, {"CTLSCVMLIM", 8, 8}, {"CTLSAPPVER", 4, 4},
+                            {"tDol", 2, 40},          {"dDol", 2, 40}};
+    for (pugi::xml_node aid : table.children("Aid")) {
+        const std::string name = aid.child_value("AID");
+        for (const Width& width : widths) {
+            const std::string value = aid.child_value(width.tag);
+            EXPECT_GE(value.size(), width.min) << name << " " << width.tag;
+            EXPECT_LE(value.size(), width.max) << name << " " << width.tag;
+        }
+        EXPECT_STREQ(aid.child_value("AcquirerNumber"), "8") << name;
+        EXPECT_STREQ(aid.child_value("TerminalCountry"), "076") << name;
+        EXPECT_STREQ(aid.child_value("TerminalCurrencyCode"), "986") << name;
+        EXPECT_STREQ(aid.child_value("TerminalCurrencyExponent"), "2") << name;
+        for (const char* tag : {"BrandId", "AidLen", "SelFlag", "Priority", "TargetPer", "MaxTargetPer", "FloorLimitCheck",
+                                "RandTransSel", "VelocityCheck", "Threshold", "Version", "RiskMainData"}) {
+            EXPECT_TRUE(aid.child(tag)) << name << " lacks " << tag;
+        }
+        EXPECT_EQ(std::stoul(aid.child_value("AidLen")), name.size() / 2) << name;
+        recidxByAid[name] = std::stoi(aid.child_value("Recidx"));
+    }
+    // The sale names the brand by record index: up to 3 Visa, above MasterCard.
+    const std::map<std::string, int> expected = {
+        {"A0000000031010", 3}, {"A0000000032010", 2}, {"A0000000041010", 4}, {"A0000000043060", 5}};
+    for (const auto& [aid, recidx] : expected) {
+        EXPECT_EQ(recidxByAid[aid], recidx) << aid;
+    }
+}
+
+std::string sha1Of(const std::string& hex) {
+    std::string bytes;
+    for (size_t i = 0; i + 1 < hex.size(); i += 2) {
+        bytes.push_back(static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16)));
+    }
+    unsigned char digest[EVP_MAX_MD_SIZE];
+    unsigned int length = 0;
+    EVP_Digest(bytes.data(), bytes.size(), digest, &length, EVP_sha1(), nullptr);
+    std::string out;
+    char pair[3];
+    for (unsigned int i = 0; i < length; ++i) {
+        snprintf(pair, sizeof pair, "%02X", digest[i]);
+        out += pair;
+    }
+    return out;
+}
+
+// The keys are the brands' public test keys: their moduli hash to the check
+// values the brands publish with them.
+TEST_F(ReportTest, CapkTableHoldsThePublicTestKeysWithTheirChecksums) {
+    HttpReply reply = report(statusReportForSaleKey("1234-5678"));
+    pugi::xml_document doc;
+    pugi::xml_node table = block(reply.body, "CapkTable", doc);
+
+    struct Published {
+        size_t modulusBytes;
+        const char* checksum;
+    };
+    const std::map<std::string, Published> published = {
+        {"A00000000392", {176, "429C954A3859CEF91295F663C963E582ED6EB253"}},
+        {"A00000000394", {248, "C4A3C43CCF87327D136B804160E47D43B60E6E0F"}},
+        {"A00000000395", {144, "EE1511CEC71020A9B90443B37B1D5F6E703030F6"}},
+        {"A000000004EF", {248, "21766EBB0EE122AFB65D7845B73DB46BAB65427A"}},
+        {"A000000004F1", {176, "D8E68DA167AB5A85D8C3D55ECB9B0517A1A5B4BB"}},
+        {"A000000004FA", {144, "5BED4068D96EA16D2D77E03D6036FC7A160EA99C"}},
+    };
+    size_t seen = 0;
+    for (pugi::xml_node capk : table.children("Capk")) {
+        const std::string rid = capk.child_value("RID");
+        const std::string index = capk.child_value("CapkIdx");
+        const std::string modulus = capk.child_value("Modulus");
+        const std::string exponent = capk.child_value("Exponent");
+        auto it = published.find(rid + index);
+        ASSERT_NE(it, published.end()) << rid << " " << index;
+        ++seen;
+        EXPECT_EQ(std::stoul(capk.child_value("ModulusLen")), it->second.modulusBytes) << index;
+        EXPECT_EQ(modulus.size(), it->second.modulusBytes * 2) << index;
+        EXPECT_EQ(std::stoul(capk.child_value("ExponentLen")) * 2, exponent.size()) << index;
+        EXPECT_STREQ(capk.child_value("CheckSum"), it->second.checksum) << index;
+        EXPECT_EQ(sha1Of(rid + index + modulus + exponent), it->second.checksum) << index;
+        EXPECT_STREQ(capk.child_value("AcquirerNumber"), "8") << index;
+        EXPECT_TRUE(capk.child("RecIdx")) << index;
+    }
+    EXPECT_EQ(seen, published.size());
+}
+
+struct BrokenReport {
+    const char* name;
+    std::string body;
+};
+
+void PrintTo(const BrokenReport& value, std::ostream* out) {
+    *out << value.name;
+}
+
+class BrokenReportTest : public ReportTest, public ::testing::WithParamInterface<BrokenReport> {};
+
+TEST_P(BrokenReportTest, IsRejected) {
+    HttpReply reply = report(GetParam().body);
+
+    EXPECT_EQ(reply.status, 400);
+    EXPECT_TRUE(hasNode(reply.body, "/Document/AccptrRjctn"));
+    EXPECT_EQ(reply.body.find("AccptrCfgtnUpd"), std::string::npos);
+}
+
+std::vector<BrokenReport> brokenReports() {
+    const std::string enrol = statusReportForKovraCode("KOVRA-0001");
+    const std::string tables = statusReportForSaleKey("1234-5678");
+    return {
+        {"WrongNamespace", replace(enrol, "urn:StatusReportV02.1", "urn:StatusReportV01")},
+        {"NotXml", "KOVRA-0001"},
+        {"FormatVersion", replace(enrol, "<FrmtVrsn>2.0</FrmtVrsn>", "<FrmtVrsn>1.0</FrmtVrsn>")},
+        {"ProviderNotKovraCode", replace(enrol, "<PrvdrId>KOVRACODE</PrvdrId>", "<PrvdrId>OTHER</PrvdrId>")},
+        {"NoSecurityTrailer", replace(enrol, "<CnttTp>DATA</CnttTp>", "<CnttTp>SIGN</CnttTp>")},
+        {"DataSetsOutOfOrder", replace(replace(tables, "<Nm>AIDS</Nm>", "<Nm>X</Nm>"), "<Nm>CAPKS</Nm>", "<Nm>AIDS</Nm>")},
+        {"DataSetVersion", replace(tables, "<Vrsn>1</Vrsn>", "<Vrsn>2</Vrsn>")},
+        {"TableDownloadWithPartyType", replace(tables, "<Id>1234-5678</Id>", "<Tp>OPOI</Tp><Id>1234-5678</Id>")},
+        {"HeaderAfterBody", [&enrol] {
+             size_t start = enrol.find("\t\t<Hdr>");
+             size_t end = enrol.find("</Hdr>\n") + 7;
+             std::string header = enrol.substr(start, end - start);
+             std::string moved = enrol;
+             moved.erase(start, end - start);
+             return replace(moved, "\t\t<SctyTrlr>", header + "\t\t<SctyTrlr>");
+         }()},
+    };
+}
+
+INSTANTIATE_TEST_SUITE_P(Reports, BrokenReportTest, ::testing::ValuesIn(brokenReports()),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+} // namespace
