@@ -1,0 +1,7 @@
+#include "Host/Messages/KVRAcceptorAuthorisationResponse.h"
+
+#include "Host/Messages/KVRElementReading.h"
+
+void KVRAcceptorAuthorisationResponse::read(const std::string& body) {
+    data = KVRElementReading::descendTo<KVRAcceptorAuthorisationResponseData>(body, "AccptrAuthstnRspn");
+}

@@ -1,0 +1,7 @@
+#include "Host/Messages/KVRAcceptorCancellationAdviceResponse.h"
+
+#include "Host/Messages/KVRElementReading.h"
+
+void KVRAcceptorCancellationAdviceResponse::read(const std::string& body) {
+    data = KVRElementReading::descendTo<KVRAcceptorCancellationAdviceResponseData>(body, "AccptrCxlAdvcRspn");
+}

@@ -1,0 +1,100 @@
+#include "Host/Messages/KVRAuthorisationResponseData.h"
+
+#include "Host/KVREnumParser.h"
+#include "Host/Messages/KVRElementReading.h"
+
+using KVRElementReading::named;
+using KVRElementReading::nested;
+using KVRElementReading::text;
+
+void KVRMessageToPresentData::read(const TBXMLElement* firstChild) {
+    for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
+        if (named(e, "MsgDstn")) messageDestination = KVREnumParser::parseEnumUserInterfaceCode(e->text);
+        else if (named(e, "MsgCntt")) messageContent = text(e);
+    }
+}
+
+void KVRAction::read(const TBXMLElement* firstChild) {
+    for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
+        if (named(e, "ActnTp")) actionType = KVREnumParser::parseEnumActionTypeCode(e->text);
+        else if (named(e, "MsgToPres")) messageToPresent = nested<KVRMessageToPresentData>(e);
+    }
+}
+
+void KVRResponseToAuthorisationData::read(const TBXMLElement* firstChild) {
+    for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
+        if (named(e, "Rspn")) responseCode = KVREnumParser::parseEnumResponseCode(e->text);
+        else if (named(e, "RspnRsn")) responseReason = text(e);
+    }
+}
+
+void KVRAuthorisationResultData::read(const TBXMLElement* firstChild) {
+    for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
+        if (named(e, "AuthstnCd")) authorisationCode = text(e);
+        else if (named(e, "CmpltnReqrd")) completionRequired = text(e);
+        else if (named(e, "RspnToAuthstn")) responseToAuthorisation = nested<KVRResponseToAuthorisationData>(e);
+    }
+}
+
+void KVRTransactionResponseData::read(const TBXMLElement* firstChild) {
+    for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
+        if (named(e, "Actn")) action = nested<KVRAction>(e);
+        else if (named(e, "AuthstnRslt")) authorisationResult = nested<KVRAuthorisationResultData>(e);
+    }
+}
+
+void KVRTransactionIdentification::read(const TBXMLElement* firstChild) {
+    for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
+        if (named(e, "TxDtTm")) transactionDateTime = text(e);
+        else if (named(e, "TxRef")) transactionReference = text(e);
+    }
+}
+
+void KVRDetailedAmount::read(const TBXMLElement* firstChild) {
+    for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
+        if (named(e, "AmtTp")) amountType = KVREnumParser::parseEnumAmountType(e->text);
+        else if (named(e, "Val")) value = text(e);
+        else if (named(e, "Labl")) label = text(e);
+    }
+}
+
+void KVRTransactionDetails::read(const TBXMLElement* firstChild) {
+    for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
+        if (named(e, "AcctTp")) accountType = KVREnumParser::parseEnumAccountType(e->text);
+        else if (named(e, "Ccy")) currency = text(e);
+        else if (named(e, "DtldAmt")) detailedAmount = nested<KVRDetailedAmount>(e);
+        else if (named(e, "ICCRltdData")) iccRelatedData = text(e);
+        else if (named(e, "TtlAmt")) totalAmount = text(e);
+        else if (named(e, "VldtyDt")) validityDate = text(e);
+    }
+}
+
+void KVRTransactionDataResponse::read(const TBXMLElement* firstChild) {
+    for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
+        if (named(e, "RcptTxId")) recipientTransactionId = text(e);
+        else if (named(e, "TxDtls")) transactionDetails = nested<KVRTransactionDetails>(e);
+        else if (named(e, "TxId")) transactionId = nested<KVRTransactionIdentification>(e);
+    }
+}
+
+void KVREnvironment::read(const TBXMLElement* firstChild) {
+    for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
+        if (named(e, "MrchntId")) merchantIdentification = nested<KVRGenericIdentification>(e);
+        else if (named(e, "POIId")) poiIdentification = nested<KVRGenericIdentification>(e);
+    }
+}
+
+void KVRAuthorisationResponseData::read(const TBXMLElement* firstChild) {
+    for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
+        if (named(e, "Envt")) environment = nested<KVREnvironment>(e);
+        else if (named(e, "Tx")) transaction = nested<KVRTransactionDataResponse>(e);
+        else if (named(e, "TxRspn")) transactionResponse = nested<KVRTransactionResponseData>(e);
+    }
+}
+
+void KVRAcceptorAuthorisationResponseData::read(const TBXMLElement* firstChild) {
+    for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
+        if (named(e, "AuthstnRspn")) authorisationResponse = nested<KVRAuthorisationResponseData>(e);
+        else if (named(e, "Hdr")) header = nested<KVRHeader>(e);
+    }
+}
