@@ -1,28 +1,15 @@
-#include <kovra/KVRDirectories.h>
 #include <kovra/KVRMerchantModel.h>
 #include <kovra/KVRTmsTableModel.h>
 #include <kovra/KVRValidationProvider.h>
 
 #include "Host/KVRServiceEndpoint.h"
 #include "Pinpad/KVRPinpadController.h"
-#include "Platform/KVRPropertyList.h"
+#include "Persistence/KVRRegisterFile.h"
 #include "Utils/KVRReachability.h"
 
 #include <kovra/KVRApplicationInfo.h>
 
 namespace {
-
-std::optional<std::string> registeredKovraCode() {
-    std::string documents = KVRDirectories::documentsDirectory();
-    if (documents.empty()) return std::nullopt;
-    auto plist = KVRPropertyList::readDictionary(documents + "/register.plist");
-    if (!plist) return std::nullopt;
-    auto it = plist->find("kovracode");
-    if (it == plist->end()) return std::nullopt;
-    const auto* code = std::get_if<std::string>(&it->second);
-    if (!code) return std::nullopt;
-    return *code;
-}
 
 // "https://host[:port]/path" -> "host[:port]".
 std::string hostOfUrl(const std::string& url) {
@@ -40,7 +27,7 @@ std::string probeHost() {
 }  // namespace
 
 bool KVRValidationProvider::validateActivation() {
-    auto code = registeredKovraCode();
+    auto code = KVRRegisterFile::kovraCode();
     if (code && !code->empty()) return true;
     return KVRMerchantModel::findFirst() != nullptr;
 }

@@ -92,6 +92,13 @@ long long leadingInteger(const std::string& text) {
     return negative ? -value : value;
 }
 
+int32_t leadingInt32(const std::string& text) {
+    long long value = leadingInteger(text);
+    if (value > INT32_MAX) return INT32_MAX;
+    if (value < INT32_MIN) return INT32_MIN;
+    return static_cast<int32_t>(value);
+}
+
 std::string safeSubstr(const std::string& text, size_t start, size_t length) {
     if (start >= text.size()) return {};
     return text.substr(start, length);

@@ -22,6 +22,8 @@ bool startsWith(const std::string& text, const std::string& prefix);
 /// The leading decimal integer of the text (optional sign, leading blanks
 /// skipped); 0 when there are no digits. Saturates instead of overflowing.
 long long leadingInteger(const std::string& text);
+/// leadingInteger clamped to the 32-bit range.
+int32_t leadingInt32(const std::string& text);
 /// Substring that never throws: clamps start and length to the text.
 std::string safeSubstr(const std::string& text, size_t start, size_t length = std::string::npos);
 /// Length (1 to 4) of the well-formed UTF-8 sequence at `at`, with its code

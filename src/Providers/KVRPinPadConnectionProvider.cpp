@@ -1,0 +1,22 @@
+#include <kovra/KVRErrors.h>
+#include <kovra/KVRPinPadConnectionProvider.h>
+
+#include "Persistence/KVRDataBaseController.h"
+#include "Pinpad/KVRConnectionProtocol.h"
+#include "Pinpad/KVRPinpadController.h"
+
+// Runs on the caller's thread: the link's streams belong to no thread of
+// their own, so the caller only has to wait for the session to open.
+void KVRPinPadConnectionProvider::connectToPinpad(KVRCompletion block) {
+    // Every connection first brings the legacy transaction file into the store.
+    KVRDataBaseController::getsharedInstance().migrateDatabase();
+
+    auto& controller = KVRPinpadController::sharedController();
+    controller.connectWithPaired();
+    auto link = controller.connection();
+    if (link && link->isDeviceConnected()) {
+        block(true, std::nullopt);
+    } else {
+        block(false, KVRErrors::pinpadConnectionNotFound());
+    }
+}

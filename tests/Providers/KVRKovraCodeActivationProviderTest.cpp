@@ -1,0 +1,214 @@
+#include <gtest/gtest.h>
+
+#include <kovra/KVRAddressModel.h>
+#include <kovra/KVRApplicationInfo.h>
+#include <kovra/KVRErrors.h>
+#include <kovra/KVRKovraCodeActivationProvider.h>
+#include <kovra/KVRMerchantModel.h>
+
+#include "Host/KVRCommunicationController.h"
+#include "Providers/KVRActivationController.h"
+#include "Utils/KVRReachability.h"
+#include "support/KVRCompletionRecorder.h"
+#include "support/KVRFakeExchange.h"
+#include "support/KVRTemporaryStore.h"
+
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+const char* kMerchantParameters =
+    "<MrchntParams><Sak>1234-5678-90</Sak>"
+    "<Adr><City>São Paulo</City><Strt>Avenida Paulista</Strt><Dstrct>Bela Vista</Dstrct><DrNb>1578</DrNb>"
+    "<Nghbhd>Cerqueira César</Nghbhd><ZipCd>01310-200</ZipCd><Cmplmt>Sala 4</Cmplmt></Adr>"
+    "<CpnyNm>Padaria Pão Quente</CpnyNm><IdCd>12.345.678/0001-90</IdCd></MrchntParams>";
+
+std::string configurationUpdate(const std::string& content) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+           "<Document xmlns=\"urn:AcceptorConfigurationUpdateV02.1\"><AccptrCfgtnUpd>"
+           "<Hdr><FrmtVrsn>2.0</FrmtVrsn><CreDtTm>2024-03-05T14:07:00</CreDtTm></Hdr>"
+           "<AccptrCfgtn><POIId><Id>Mobile</Id></POIId><DataSet><Id><Tp>MRPR</Tp></Id><Cntt>" +
+           content + "</Cntt></DataSet></AccptrCfgtn></AccptrCfgtnUpd></Document>";
+}
+
+const KVRError kCannotConnect(NSURLErrorDomain, NSURLErrorCannotConnectToHost);
+
+struct Outcome {
+    bool success;
+    std::optional<KVRError> error;
+};
+
+class ActivationTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
+        KVRApplicationInfo::setValue("Kovra TMS Host", std::string("tms.test:8443"));
+    }
+    void TearDown() override {
+        KVRReachability::setFlagsOverride(std::nullopt);
+        KVRApplicationInfo::removeValue("Kovra TMS Host");
+    }
+
+    /// Enrols through the provider and waits for the pool's completion(s).
+    std::vector<KVRCompletionRecorder::Call> enrol(const std::string& code, size_t expectedCalls = 1) {
+        KVRCompletionRecorder recorder;
+        KVRKovraCodeActivationProvider::activateKovraCode(code, recorder.block());
+        EXPECT_TRUE(recorder.waitForCalls(expectedCalls));
+        return recorder.calls();
+    }
+
+    KVRTemporaryStore store_;
+    KVRFakeExchange host_;
+};
+
+// The controller runs synchronously, so every call it makes has been made
+// when it returns: the exact sequence of outcomes is checked.
+TEST_F(ActivationTest, ControllerOutcomesForEveryKindOfReply) {
+    struct Row {
+        const char* name;
+        std::function<void(KVRFakeExchange&)> host;
+        std::vector<Outcome> outcomes;
+        bool parsed;
+    } rows[] = {
+        {"transport failure reports twice", [](KVRFakeExchange& h) { h.failWith(kCannotConnect); },
+         {{false, kCannotConnect}, {false, KVRErrors::nullResponse()}}, false},
+        {"empty reply", [](KVRFakeExchange& h) { h.replyWith(""); }, {{false, KVRErrors::nullResponse()}}, false},
+        {"HTML error page", [](KVRFakeExchange& h) { h.replyWith("<html><body>502 Bad Gateway</body></html>"); },
+         {{false, KVRErrors::nullResponse()}}, false},
+        {"bytes that are not UTF-8", [](KVRFakeExchange& h) { h.replyWith("\xff\xfe<AccptrCfgtnUpd/>"); },
+         {{false, KVRErrors::nullResponse()}}, false},
+        {"no merchant parameters", [](KVRFakeExchange& h) { h.replyWith(configurationUpdate("")); },
+         {{true, std::nullopt}}, true},
+        {"full configuration", [](KVRFakeExchange& h) { h.replyWith(configurationUpdate(kMerchantParameters)); },
+         {{true, std::nullopt}}, true},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        row.host(host_);
+        KVRActivationController controller;
+        std::vector<Outcome> outcomes;
+        controller.activativateWithKovraCode("KOVRA-0001", [&](bool success, std::optional<KVRError> error) {
+            outcomes.push_back({success, error});
+        });
+        ASSERT_EQ(outcomes.size(), row.outcomes.size());
+        for (size_t i = 0; i < outcomes.size(); ++i) {
+            EXPECT_EQ(outcomes[i].success, row.outcomes[i].success) << i;
+            EXPECT_EQ(outcomes[i].error, row.outcomes[i].error) << i;
+        }
+        EXPECT_EQ(controller.authorisationResponse && controller.authorisationResponse->data, row.parsed);
+    }
+    EXPECT_TRUE(KVRMerchantModel::findAll().empty()) << "the controller itself stores no merchant";
+
+    auto request = host_.requests().back();
+    EXPECT_EQ(request.url, "https://tms.test:8443/Report");
+    EXPECT_EQ(request.contentType, "text/xml");
+    EXPECT_NE(request.body.find("<Id>KOVRA-0001</Id>"), std::string::npos) << request.body;
+    EXPECT_NE(request.body.find("<PrvdrId>KOVRACODE</PrvdrId>"), std::string::npos) << request.body;
+}
+
+TEST_F(ActivationTest, PreconditionsFailOnTheCallersThreadBeforeAnyExchange) {
+    auto enrolled = KVRMerchantModel::create();
+    enrolled->setKovracode(std::string("KOVRA-0001"));
+    enrolled->save();
+
+    struct Row {
+        const char* name;
+        uint32_t flags;
+        const char* code;
+        KVRError error;
+    } rows[] = {
+        {"network is checked first", 0, "KOVRA-0001", KVRErrors::notConnectedToNetwork()},
+        {"network needs a connection", KVRReachability::kFlagReachable | KVRReachability::kFlagConnectionRequired,
+         "KOVRA-0002", KVRErrors::notConnectedToNetwork()},
+        {"the same code again", KVRReachability::kFlagReachable, "KOVRA-0001",
+         KVRErrors::kovracodeAlreadyActivated()},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        KVRReachability::setFlagsOverride(row.flags);
+        KVRCompletionRecorder recorder;
+        KVRKovraCodeActivationProvider::activateKovraCode(row.code, recorder.block());
+        ASSERT_EQ(recorder.count(), 1u) << "reported before returning";
+        auto call = recorder.calls().front();
+        EXPECT_FALSE(call.success);
+        EXPECT_EQ(call.error, row.error);
+        EXPECT_EQ(call.thread, std::this_thread::get_id());
+    }
+    EXPECT_EQ(host_.count(), 0u);
+    EXPECT_EQ(KVRMerchantModel::findAll().size(), 1u);
+}
+
+TEST_F(ActivationTest, ATransportFailureReachesTheCallerTwiceOnThePoolAndStoresNothing) {
+    host_.failWith(kCannotConnect);
+    auto calls = enrol("KOVRA-0001", 2);
+    ASSERT_EQ(calls.size(), 2u);
+    EXPECT_EQ(calls[0].error, kCannotConnect);
+    EXPECT_EQ(calls[1].error, KVRErrors::nullResponse());
+    for (const auto& call : calls) {
+        EXPECT_FALSE(call.success);
+        EXPECT_NE(call.thread, std::this_thread::get_id());
+    }
+    EXPECT_TRUE(KVRMerchantModel::findAll().empty());
+}
+
+TEST_F(ActivationTest, EnrolmentStoresTheMerchantWithItsAddress) {
+    host_.replyWith(configurationUpdate(kMerchantParameters));
+    auto calls = enrol("KOVRA-0001");
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_TRUE(calls[0].success);
+    EXPECT_FALSE(calls[0].error);
+    EXPECT_NE(calls[0].thread, std::this_thread::get_id());
+
+    store_.reopen();  // what was saved, not what is in memory
+    auto merchant = KVRMerchantModel::findFirstByAttribute("kovracode", "KOVRA-0001");
+    ASSERT_TRUE(merchant);
+    EXPECT_EQ(merchant->saleAffiliationKey(), "1234-5678-90");
+    EXPECT_EQ(merchant->merchantName(), "Padaria Pão Quente");
+    EXPECT_EQ(merchant->documentNumber(), "12.345.678/0001-90");
+    EXPECT_TRUE(merchant->transactions().empty());
+    auto address = merchant->address();
+    ASSERT_TRUE(address);
+    EXPECT_EQ(address->city(), "São Paulo");
+    EXPECT_EQ(address->street(), "Avenida Paulista");
+    EXPECT_EQ(address->district(), "Bela Vista");
+    EXPECT_EQ(address->doorNumber(), "1578");
+    EXPECT_EQ(address->neighborhood(), "Cerqueira César");
+    EXPECT_EQ(address->zipCode(), "01310-200");
+    EXPECT_EQ(address->complement(), "Sala 4");
+}
+
+TEST_F(ActivationTest, AReplyWithoutMerchantParametersStillEnrolsTheCode) {
+    host_.replyWith(configurationUpdate(""));
+    auto calls = enrol("KOVRA-0001");
+    ASSERT_TRUE(calls[0].success);
+    auto merchant = KVRMerchantModel::findFirstByAttribute("kovracode", "KOVRA-0001");
+    ASSERT_TRUE(merchant);
+    EXPECT_FALSE(merchant->saleAffiliationKey());
+    EXPECT_FALSE(merchant->merchantName());
+    EXPECT_FALSE(merchant->address());
+}
+
+TEST_F(ActivationTest, SecondCodeSecondMerchantAndDeactivationAllowsReEnrolment) {
+    host_.replyWith(configurationUpdate(kMerchantParameters));
+    ASSERT_TRUE(enrol("KOVRA-0001")[0].success);
+    ASSERT_TRUE(enrol("KOVRA-0002")[0].success);
+    EXPECT_EQ(KVRMerchantModel::findAll().size(), 2u);
+    EXPECT_EQ(host_.count(), 2u);
+
+    KVRKovraCodeActivationProvider::deactivateMerchantWithKovraCode("KOVRA-9999");  // unknown: nothing happens
+    EXPECT_EQ(KVRMerchantModel::findAll().size(), 2u);
+
+    KVRKovraCodeActivationProvider::deactivateMerchantWithKovraCode("KOVRA-0001");
+    KVRKovraCodeActivationProvider::deactivateMerchant(KVRMerchantModel::findFirstByAttribute("kovracode", "KOVRA-0002"));
+    KVRKovraCodeActivationProvider::deactivateMerchant(nullptr);
+    store_.reopen();
+    EXPECT_TRUE(KVRMerchantModel::findAll().empty());
+    EXPECT_TRUE(KVRAddressModel::findAll().empty()) << "a merchant's address goes with it";
+
+    ASSERT_TRUE(enrol("KOVRA-0001")[0].success);
+    EXPECT_EQ(host_.count(), 3u) << "re-enrolment sends a new status report";
+}
+
+}  // namespace

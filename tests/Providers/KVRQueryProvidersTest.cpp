@@ -1,0 +1,279 @@
+#include <gtest/gtest.h>
+
+#include <kovra/KVRAddressModel.h>
+#include <kovra/KVRApplicationInfo.h>
+#include <kovra/KVRDirectories.h>
+#include <kovra/KVRErrors.h>
+#include <kovra/KVRMerchantListProvider.h>
+#include <kovra/KVRMerchantModel.h>
+#include <kovra/KVRQueues.h>
+#include <kovra/KVRTransacInfoProvider.h>
+#include <kovra/KVRTransactionListProvider.h>
+#include <kovra/KVRTransactionModel.h>
+#include <kovra/KVRUserInfoProvider.h>
+
+#include "Pinpad/KVRBluetoothConnection.h"
+#include "Pinpad/KVRPinpadController.h"
+#include "Platform/KVRAccessoryManager.h"
+#include "Platform/KVRPropertyList.h"
+#include "Utils/KVRDateUtil.h"
+#include "Utils/KVRReachability.h"
+#include "support/KVRFakeExchange.h"
+#include "support/KVRPinpadReplies.h"
+#include "support/KVRScriptedPinpad.h"
+#include "support/KVRTemporaryStore.h"
+
+#include <condition_variable>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+#include <thread>
+
+namespace {
+
+std::shared_ptr<KVRTransactionModel> sale(const std::string& reference, const std::string& pan, const char* date) {
+    auto transaction = KVRTransactionModel::create();
+    transaction->setReference(reference);
+    transaction->setPan(pan);
+    if (date) transaction->setDate(KVRDateUtil::buildDateWithString(date, "dd/MM/yyyy HH:mm"));
+    transaction->save();
+    return transaction;
+}
+
+std::vector<std::string> references(const KVRTransactionListProvider::Transactions& transactions) {
+    std::vector<std::string> out;
+    for (const auto& t : transactions) out.push_back(t->reference().value_or("?"));
+    return out;
+}
+
+/// Waits for the one completion of listTransactionsByPan.
+class ListRecorder {
+public:
+    struct Call {
+        bool success = false;
+        KVRTransactionListProvider::Transactions transactions;
+        std::optional<KVRError> error;
+        std::thread::id thread;
+    };
+    KVRTransactionListProvider::Completion block() {
+        return [this](bool success, KVRTransactionListProvider::Transactions transactions, std::optional<KVRError> error) {
+            std::lock_guard lock(mutex_);
+            calls_.push_back({success, std::move(transactions), std::move(error), std::this_thread::get_id()});
+            changed_.notify_all();
+        };
+    }
+    std::vector<Call> wait() {
+        std::unique_lock lock(mutex_);
+        changed_.wait_for(lock, std::chrono::seconds(20), [&] { return !calls_.empty(); });
+        return calls_;
+    }
+    std::vector<Call> calls() {
+        std::lock_guard lock(mutex_);
+        return calls_;
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<Call> calls_;
+};
+
+class QueryProvidersTest : public ::testing::Test {
+protected:
+    void TearDown() override {
+        KVRReachability::setFlagsOverride(std::nullopt);
+        KVRAccessoryManager::sharedAccessoryManager().unregisterAllAccessories();
+        KVRBluetoothConnection::resetSharedController();
+        KVRPinpadController::sharedController().setConnection(nullptr);
+    }
+    std::string registerPlist() const { return KVRDirectories::documentsDirectory() + "/register.plist"; }
+
+    KVRTemporaryStore store_;
+};
+
+TEST_F(QueryProvidersTest, TransactionsAreListedNewestFirstAndMerchantsAsStored) {
+    EXPECT_TRUE(KVRTransactionListProvider::listTransactions().empty());
+    EXPECT_TRUE(KVRMerchantListProvider::listMerchants().empty());
+
+    sale("MIDDLE", "0119", "05/03/2024 14:07");
+    sale("UNDATED", "0119", nullptr);
+    sale("NEWEST", "0027", "05/03/2024 14:08");
+    sale("OLDEST", "0119", "31/12/2023 23:59");
+    EXPECT_EQ(references(KVRTransactionListProvider::listTransactions()),
+              (std::vector<std::string>{"NEWEST", "MIDDLE", "OLDEST", "UNDATED"}));
+
+    auto first = KVRMerchantModel::create();
+    first->setKovracode(std::string("KOVRA-1"));
+    first->save();
+    KVRMerchantModel::create()->save();
+    auto merchants = KVRMerchantListProvider::listMerchants();
+    ASSERT_EQ(merchants.size(), 2u);
+    EXPECT_EQ(merchants[0], first);
+}
+
+TEST_F(QueryProvidersTest, TransactionsOfTheCardOnThePinpad) {
+    ListRecorder offline;
+    KVRTransactionListProvider::listTransactionsByPan(offline.block());
+    ASSERT_EQ(offline.calls().size(), 1u) << "reported before returning";
+    EXPECT_EQ(offline.calls()[0].error, KVRErrors::pinpadConnectionNotFound());
+    EXPECT_EQ(offline.calls()[0].thread, std::this_thread::get_id());
+
+    KVRScriptedPinpad pinpad([](const std::string&) {
+        return std::vector<std::string>{KVRPinpadReplies::gcrReply(0, "5555666677778888=2812101", "5555666677778888")};
+    });
+    ASSERT_TRUE(pinpad.connectSharedLink());
+    KVRPinpadController::sharedController().setConnection(KVRBluetoothConnection::sharedController());
+    sale("OLDER", "8888", "05/03/2024 14:07");
+    sale("OTHER CARD", "1111", "05/03/2024 14:09");
+    sale("NEWER", "8888", "06/03/2024 08:00");
+
+    ListRecorder recorder;
+    KVRTransactionListProvider::listTransactionsByPan(recorder.block());
+    auto calls = recorder.wait();
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_TRUE(calls[0].success);
+    EXPECT_FALSE(calls[0].error);
+    EXPECT_EQ(references(calls[0].transactions), (std::vector<std::string>{"NEWER", "OLDER"}));
+
+    pinpad.setHandler([](const std::string& request) {
+        return std::vector<std::string>{KVRPinpadReplies::statusReply(request, 13)};
+    });
+    ListRecorder failing;
+    KVRTransactionListProvider::listTransactionsByPan(failing.block());
+    calls = failing.wait();
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_FALSE(calls[0].success);
+    EXPECT_TRUE(calls[0].transactions.empty());
+    EXPECT_EQ(calls[0].error, KVRErrors::genericError()) << "the card reader's own failure is passed on";
+}
+
+TEST_F(QueryProvidersTest, TransactionViewIsTextOfTheRecord) {
+    auto transaction = KVRTransactionModel::create();
+    transaction->setAmount(KVRNumber(1250));
+    transaction->setInstalmentAmount(3);
+    transaction->setAid(std::string("A0000000041010"));
+    transaction->setArqc(std::string("ARQC"));
+    transaction->setType(1);
+    transaction->setStatus(2);
+    transaction->setDate(KVRDateUtil::buildDateWithString("05/03/2024 14:07", "dd/MM/yyyy HH:mm"));
+    transaction->setReceiptTransactionKey(std::string("RCPT"));
+    transaction->setReference(std::string("REF"));
+    transaction->setPan(std::string("0119"));
+    transaction->setCardBrand(std::string("MASTERCARD"));
+    transaction->setCardHolderName(std::string("MARIA SILVA"));
+    transaction->setAuthorisationCode(std::string("123456"));
+    transaction->setInitiatorTransactionKey(std::string("ITK"));
+
+    KVRTransacInfoProvider view(transaction);
+    EXPECT_EQ(view.amount, "1250");
+    EXPECT_EQ(view.instalments, "3");
+    EXPECT_EQ(view.aid, "A0000000041010");
+    EXPECT_EQ(view.arqc, "ARQC");
+    EXPECT_EQ(view.type, "Débito");
+    EXPECT_EQ(view.status, "Transação Aprovada");
+    EXPECT_EQ(view.date, "05/03/2024 - 14:07");
+    EXPECT_EQ(view.receiptTransactionKey, "RCPT");
+    EXPECT_EQ(view.reference, "REF");
+    EXPECT_EQ(view.pan, "0119");
+    EXPECT_EQ(view.flag, "MASTERCARD");
+    EXPECT_EQ(view.cardHolderName, "MARIA SILVA");
+    EXPECT_EQ(view.authorisationCode, "123456");
+    EXPECT_EQ(view.transactionId, "ITK");
+
+    KVRTransacInfoProvider bare(KVRTransactionModel::create());
+    EXPECT_FALSE(bare.amount);
+    EXPECT_FALSE(bare.date);
+    EXPECT_EQ(bare.instalments, "0");
+    EXPECT_EQ(bare.type, "Crédito");
+    EXPECT_EQ(bare.status, "Desconhecido");
+
+    KVRTransacInfoProvider none(nullptr);
+    EXPECT_FALSE(none.status);
+}
+
+TEST_F(QueryProvidersTest, UserViewOfTheStoredMerchant) {
+    auto address = KVRAddressModel::create();
+    address->setStreet(std::string("Avenida Paulista"));
+    address->setDoorNumber(std::string("1578"));
+    address->setNeighborhood(std::string("Bela Vista"));
+    address->setCity(std::string("São Paulo"));
+    auto merchant = KVRMerchantModel::create();
+    merchant->setKovracode(std::string("KOVRA-1"));
+    merchant->setSaleAffiliationKey(std::string("SAK-1"));
+    merchant->setMerchantName(std::string("Padaria"));
+    merchant->setDocumentNumber(std::string("12.345.678/0001-90"));
+    merchant->setAddress(address);
+    merchant->save();
+    KVRPropertyList::writeDictionary(registerPlist(), {{"kovracode", std::string("FROM-FILE")}});
+
+    KVRUserInfoProvider user;
+    EXPECT_EQ(user.afKey, "SAK-1");
+    EXPECT_EQ(user.store, "Padaria");
+    EXPECT_EQ(user.documentNumber, "12.345.678/0001-90");
+    EXPECT_EQ(user.address, "Avenida Paulista 1578, Bela Vista, São Paulo");
+    EXPECT_EQ(user.kovracode, "KOVRA-1") << "the stored merchant wins over the file";
+}
+
+TEST_F(QueryProvidersTest, UserViewOfRegisterPlistReEnrolsItsMerchant) {
+    KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
+    KVRFakeExchange host;
+    host.replyWith("<AccptrCfgtnUpd><AccptrCfgtn><DataSet><Cntt><MrchntParams><Sak>SAK-9</Sak></MrchntParams>"
+                   "</Cntt></DataSet></AccptrCfgtn></AccptrCfgtnUpd>");
+    KVRPropertyList::writeDictionary(registerPlist(), {{"AfKey", std::string("AF-OLD")},
+                                                      {"estabelecimento", std::string("Loja Antiga")},
+                                                      {"CNPJ", std::string("98.765.432/0001-10")},
+                                                      {"Endereço", std::string("Rua Augusta 10, Consolação, SP")},
+                                                      {"kovracode", std::string("KOVRA-OLD")}});
+
+    KVRUserInfoProvider user;
+    EXPECT_EQ(user.afKey, "AF-OLD");
+    EXPECT_EQ(user.store, "Loja Antiga");
+    EXPECT_EQ(user.documentNumber, "98.765.432/0001-10");
+    EXPECT_EQ(user.address, "Rua Augusta 10, Consolação, SP");
+    EXPECT_EQ(user.kovracode, "KOVRA-OLD");
+
+    // The enrolment completes on the pool with nobody listening.
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!KVRMerchantModel::findFirst() && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    auto merchant = KVRMerchantModel::findFirstByAttribute("kovracode", "KOVRA-OLD");
+    ASSERT_TRUE(merchant);
+    EXPECT_EQ(merchant->saleAffiliationKey(), "SAK-9");
+    EXPECT_EQ(host.count(), 1u);
+}
+
+TEST_F(QueryProvidersTest, UnusableRegisterPlistGivesAnEmptyViewAndNoEnrolment) {
+    KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
+    KVRFakeExchange host;
+    struct Row {
+        const char* name;
+        std::function<void(const std::string&)> make;
+    } rows[] = {
+        {"missing", [](const std::string&) {}},
+        {"not a property list", [](const std::string& p) { std::ofstream(p) << "kovracode=KOVRA-1\n"; }},
+        {"a directory", [](const std::string& p) { std::filesystem::create_directory(p); }},
+        {"non-string values", [](const std::string& p) {
+             KVRPropertyList::writeDictionary(p, {{"kovracode", 12345LL}, {"AfKey", true}, {"CNPJ", 1.5}});
+         }},
+        {"empty code", [](const std::string& p) {
+             KVRPropertyList::writeDictionary(p, {{"kovracode", std::string("")}});
+         }},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::filesystem::remove_all(registerPlist());
+        row.make(registerPlist());
+        KVRUserInfoProvider user;
+        EXPECT_FALSE(user.afKey);
+        EXPECT_FALSE(user.documentNumber);
+        EXPECT_FALSE(user.store);
+        EXPECT_FALSE(user.address);
+        EXPECT_TRUE(!user.kovracode || user.kovracode->empty());
+    }
+    std::filesystem::remove_all(registerPlist());
+    EXPECT_EQ(host.count(), 0u);
+    EXPECT_TRUE(KVRMerchantModel::findAll().empty());
+}
+
+}  // namespace

@@ -1,0 +1,374 @@
+#include <gtest/gtest.h>
+
+#include <kovra/KVRErrors.h>
+#include <kovra/KVRMerchantModel.h>
+#include <kovra/KVRNotificationCenter.h>
+#include <kovra/KVRQueues.h>
+#include <kovra/KVRTableDownloaderProvider.h>
+#include <kovra/KVRTableLoaderProvider.h>
+#include <kovra/KVRTmsTableModel.h>
+
+#include "Host/KVRCommunicationController.h"
+#include "Pinpad/KVRBluetoothConnection.h"
+#include "Pinpad/KVRPinpadController.h"
+#include "Tms/KVRTmsController.h"
+#include "Utils/KVRReachability.h"
+#include "support/KVRCompletionRecorder.h"
+#include "support/KVREmvTableSamples.h"
+#include "support/KVRLogCapture.h"
+#include "support/KVRPinpadReplies.h"
+#include "support/KVRScriptedPinpad.h"
+#include "support/KVRTemporaryStore.h"
+
+#include <mutex>
+#include <thread>
+
+namespace samples = KVREmvTableSamples;
+
+namespace {
+
+struct Post {
+    std::string body;
+    std::string url;
+};
+
+/// A stand-in terminal-management host: records the posts and answers with
+/// `reply` (or fails with `transportError`).
+class FakeTmsHost {
+public:
+    FakeTmsHost() {
+        KVRCommunicationController::setExchangeOverride(
+            [this](const std::string& body, const std::string& url, const std::string&,
+                   std::optional<KVRError>* error) -> std::optional<std::string> {
+                std::lock_guard lock(mutex_);
+                posts_.push_back({body, url});
+                if (transportError) {
+                    *error = *transportError;
+                    return std::nullopt;
+                }
+                return reply;
+            });
+    }
+    ~FakeTmsHost() { KVRCommunicationController::setExchangeOverride({}); }
+
+    std::vector<Post> posts() const {
+        std::lock_guard lock(mutex_);
+        return posts_;
+    }
+
+    std::optional<std::string> reply;
+    std::optional<KVRError> transportError;
+
+private:
+    mutable std::mutex mutex_;
+    std::vector<Post> posts_;
+};
+
+void storeTables(const std::string& aid, const std::string& capk) {
+    auto tables = KVRTmsTableModel::findFirst();
+    if (!tables) tables = KVRTmsTableModel::create();
+    tables->setAidTable(aid);
+    tables->setCapkTable(capk);
+    tables->save();
+}
+
+// ---- Download ----
+
+class TableDownloadTest : public ::testing::Test {
+protected:
+    void TearDown() override { KVRReachability::setFlagsOverride(std::nullopt); }
+
+    void download(const std::optional<std::string>& key) {
+        KVRTmsController tms;
+        tms.downloadTablesWithSaleAffiliationKey(key, recorder_.block());
+        ASSERT_EQ(recorder_.count(), 1u) << "the controller completes once, before it returns";
+    }
+    KVRCompletionRecorder::Call outcome() const { return recorder_.calls().back(); }
+    std::optional<std::string> storedAid() const {
+        auto tables = KVRTmsTableModel::findFirst();
+        return tables ? tables->aidTable() : std::nullopt;
+    }
+
+    KVRTemporaryStore store_;
+    KVRLogCapture log_;
+    FakeTmsHost host_;
+    KVRCompletionRecorder recorder_;
+};
+
+TEST_F(TableDownloadTest, ACompleteReplyReplacesTheOneTableRecord) {
+    storeTables("<AidTbl>old</AidTbl>", "<CapkTable>old</CapkTable>");
+    std::string aid = samples::defaultAidTable();
+    std::string capk = samples::defaultCapkTable();
+    host_.reply = samples::configurationUpdate(aid, capk);
+    download(std::string("SAK-0042"));
+
+    EXPECT_TRUE(outcome().success);
+    EXPECT_FALSE(outcome().error);
+    auto all = KVRTmsTableModel::findAll();
+    ASSERT_EQ(all.size(), 1u);
+    EXPECT_EQ(all[0]->aidTable(), aid);
+    EXPECT_EQ(all[0]->capkTable(), capk);
+
+    auto posts = host_.posts();
+    ASSERT_EQ(posts.size(), 1u);
+    EXPECT_EQ(posts[0].url, "https://tms.kovra.com.br/Report");
+    size_t poi = posts[0].body.find("<POIId>");
+    ASSERT_NE(poi, std::string::npos) << posts[0].body;
+    EXPECT_EQ(posts[0].body.find("<Id>SAK-0042</Id>", poi), posts[0].body.find("<Id>", poi)) << posts[0].body;
+    size_t at = 0;
+    for (const char* name : {"AIDS", "CARDBRANDS", "CAPKS", "BINS"}) {
+        at = posts[0].body.find(std::string("<Nm>") + name + "</Nm>", at);
+        EXPECT_NE(at, std::string::npos) << name << " missing or out of order";
+    }
+}
+
+TEST_F(TableDownloadTest, AFailedDownloadKeepsTheTablesItFound) {
+    std::string aid = samples::defaultAidTable();
+    std::string capk = samples::defaultCapkTable();
+    struct Row {
+        const char* what;
+        std::optional<std::string> reply;
+        std::optional<KVRError> transportError;
+        long code;
+    } rows[] = {
+        {"no CapkTable", samples::configurationUpdate(aid, ""), std::nullopt, 306},
+        {"no AidTbl", samples::configurationUpdate("", capk), std::nullopt, 306},
+        {"reply cut inside the CAPK table",
+         samples::configurationUpdate(aid, capk).substr(0, samples::configurationUpdate(aid, capk).find("</CapkTable>")),
+         std::nullopt, 306},
+        {"empty reply", std::string(), std::nullopt, 306},
+        {"host unreachable", std::nullopt, KVRError(NSURLErrorDomain, NSURLErrorCannotConnectToHost), NSURLErrorCannotConnectToHost},
+    };
+    storeTables("<AidTbl>kept</AidTbl>", "<CapkTable>kept</CapkTable>");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        host_.reply = row.reply;
+        host_.transportError = row.transportError;
+        KVRCompletionRecorder recorder;
+        KVRTmsController().downloadTablesWithSaleAffiliationKey(std::string("SAK-0042"), recorder.block());
+        ASSERT_EQ(recorder.count(), 1u);
+        EXPECT_FALSE(recorder.calls()[0].success);
+        ASSERT_TRUE(recorder.calls()[0].error);
+        EXPECT_EQ(recorder.calls()[0].error->code(), row.code);
+        EXPECT_EQ(storedAid(), std::optional<std::string>("<AidTbl>kept</AidTbl>"));
+        EXPECT_EQ(KVRTmsTableModel::findAll().size(), 1u);
+    }
+}
+
+TEST_F(TableDownloadTest, NoSaleAffiliationKeyPostsNothing) {
+    for (const auto& key : {std::optional<std::string>(), std::optional<std::string>("")}) {
+        KVRCompletionRecorder recorder;
+        KVRTmsController().downloadTablesWithSaleAffiliationKey(key, recorder.block());
+        ASSERT_EQ(recorder.count(), 1u);
+        ASSERT_TRUE(recorder.calls()[0].error);
+        EXPECT_EQ(recorder.calls()[0].error->code(), 201);
+    }
+    EXPECT_TRUE(host_.posts().empty());
+}
+
+TEST_F(TableDownloadTest, ProviderChecksNetworkThenEnrolmentOnTheCallersThread) {
+    KVRReachability::setFlagsOverride(0);
+    KVRTableDownloaderProvider::downLoadTables(recorder_.block());
+    ASSERT_EQ(recorder_.count(), 1u);
+    EXPECT_EQ(recorder_.calls()[0].error->code(), 601) << "network first, even without a merchant";
+    EXPECT_EQ(recorder_.calls()[0].thread, std::this_thread::get_id());
+
+    KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
+    KVRTableDownloaderProvider::downLoadTables(recorder_.block());
+    ASSERT_EQ(recorder_.count(), 2u);
+    EXPECT_EQ(recorder_.calls()[1].error->code(), 201);
+    EXPECT_TRUE(host_.posts().empty());
+}
+
+TEST_F(TableDownloadTest, ProviderDownloadsForTheFirstMerchantOnAHostPool) {
+    KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
+    for (const char* key : {"SAK-FIRST", "SAK-SECOND"}) {
+        auto merchant = KVRMerchantModel::create();
+        merchant->setSaleAffiliationKey(std::string(key));
+        merchant->save();
+    }
+    host_.reply = samples::configurationUpdate(samples::defaultAidTable(), samples::defaultCapkTable());
+    KVRTableDownloaderProvider::downLoadTables(recorder_.block());
+    ASSERT_TRUE(recorder_.waitForCalls(1));
+    auto call = recorder_.calls()[0];
+    EXPECT_TRUE(call.success);
+    EXPECT_NE(call.thread, std::this_thread::get_id());
+    auto posts = host_.posts();
+    ASSERT_EQ(posts.size(), 1u);
+    EXPECT_NE(posts[0].body.find("SAK-FIRST"), std::string::npos);
+    EXPECT_EQ(storedAid(), samples::defaultAidTable());
+}
+
+// ---- Load ----
+
+class TableLoadTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(pinpad_.connectSharedLink());
+        KVRPinpadController::sharedController().setConnection(KVRBluetoothConnection::sharedController());
+        token_ = KVRNotificationCenter::defaultCenter().addObserver(
+            KVRTmsController::kTableLoadProgressNotification, [this](const KVRNotification& n) {
+                std::lock_guard lock(mutex_);
+                progress_.push_back(std::any_cast<std::string>(n.object));
+                progressOnMainWorker_ = progressOnMainWorker_ && KVRQueues::isMainWorker();
+            });
+    }
+    void TearDown() override {
+        KVRNotificationCenter::defaultCenter().removeObserver(token_);
+        KVRBluetoothConnection::resetSharedController();
+        KVRPinpadController::sharedController().setConnection(nullptr);
+    }
+
+    KVRCompletionRecorder::Call load() {
+        KVRCompletionRecorder recorder;
+        KVRTmsController().loadTmsTablesToPinpadWithBlock(recorder.block());
+        EXPECT_EQ(recorder.count(), 1u);
+        return recorder.calls().front();
+    }
+    std::vector<std::string> names() const {
+        std::vector<std::string> out;
+        for (const auto& r : pinpad_.requests()) out.push_back(r.substr(0, 3));
+        return out;
+    }
+    std::vector<std::string> progress() const {
+        std::lock_guard lock(mutex_);
+        return progress_;
+    }
+
+    KVRTemporaryStore store_;
+    KVRLogCapture log_;
+    KVRScriptedPinpad pinpad_;
+    KVRNotificationCenter::Token token_ = 0;
+    mutable std::mutex mutex_;
+    std::vector<std::string> progress_;
+    bool progressOnMainWorker_ = true;
+};
+
+TEST_F(TableLoadTest, SendsTliEveryAidEveryCapkTleThenTheMessage) {
+    storeTables(samples::defaultAidTable(), samples::defaultCapkTable());
+    auto call = load();
+    EXPECT_TRUE(call.success);
+    EXPECT_FALSE(call.error);
+
+    auto requests = pinpad_.requests();
+    ASSERT_EQ(requests.size(), 7u);
+    EXPECT_EQ(requests[0], "TLI01200" "2014053065");
+    // TLR, block length, one record, its own length (the record's 281 or 608 plus 3), table type, acquirer, index.
+    EXPECT_EQ(requests[1].substr(0, 16), "TLR286" "01" "284" "1" "08" "01");
+    EXPECT_EQ(requests[1].substr(16, 16), "07A0000000031010");
+    EXPECT_EQ(requests[2].substr(0, 16), "TLR286" "01" "284" "1" "08" "02");
+    EXPECT_EQ(requests[2].substr(16, 16), "07A0000000032010");
+    EXPECT_EQ(requests[3].substr(0, 16), "TLR613" "01" "611" "2" "08" "01");
+    EXPECT_EQ(requests[3].substr(16, 10), "A000000003");
+    EXPECT_EQ(requests[4].substr(0, 16), "TLR613" "01" "611" "2" "08" "02");
+    EXPECT_EQ(requests[4].substr(16, 10), "A000000004");
+    EXPECT_EQ(requests[5], "TLE000");
+    EXPECT_EQ(requests[6], "DSP032TABELA          ATUALIZADA      ");
+    EXPECT_EQ(progress(), (std::vector<std::string>{"1/4", "2/4", "3/4", "4/4"}));
+}
+
+TEST_F(TableLoadTest, LoadingTwiceSendsTheSameRecordsTwice) {
+    storeTables(samples::defaultAidTable(), samples::defaultCapkTable());
+    load();
+    auto first = pinpad_.requests();
+    load();
+    auto both = pinpad_.requests();
+    ASSERT_EQ(both.size(), 2 * first.size());
+    EXPECT_EQ(std::vector<std::string>(both.begin() + static_cast<std::ptrdiff_t>(first.size()), both.end()), first);
+}
+
+TEST_F(TableLoadTest, AnEmptyAidTableSendsOnlyTheKeys) {
+    storeTables(samples::aidTable({}), samples::defaultCapkTable());
+    EXPECT_TRUE(load().success);
+    EXPECT_EQ(names(), (std::vector<std::string>{"TLI", "TLR", "TLR", "TLE", "DSP"}));
+    EXPECT_EQ(progress(), (std::vector<std::string>{"1/2", "2/2"}));
+}
+
+TEST_F(TableLoadTest, NoStoredTablesSendsNothing) {
+    auto call = load();
+    EXPECT_FALSE(call.success);
+    ASSERT_TRUE(call.error);
+    EXPECT_EQ(call.error->code(), 304);
+    EXPECT_TRUE(pinpad_.requests().empty());
+}
+
+TEST_F(TableLoadTest, TablesThatCannotBeLoadedStopAfterTli) {
+    samples::Aid longName;
+    longName.appName = "NAME OF 17 CHARS!";
+    samples::Aid longAid;
+    longAid.aid = std::string(34, 'A');
+    samples::Capk shortModulus;
+    shortModulus.modulusLength = "17";  // one byte more than the text holds
+    samples::Capk longRid;
+    longRid.rid = "A0000000031";
+    samples::Capk bigModulus;
+    bigModulus.modulus = std::string(498, 'F');
+    bigModulus.modulusLength = "0";
+    std::string goodAid = samples::defaultAidTable();
+    std::string goodCapk = samples::defaultCapkTable();
+    struct Row {
+        const char* what;
+        std::string aid;
+        std::string capk;
+        std::optional<long> code;  // nothing: the XML reader's error
+    } rows[] = {
+        {"AID table is not XML", "<AidTbl><Aid>", goodCapk, std::nullopt},
+        {"CAPK table is not XML", goodAid, "<CapkTable><Capk></CapkTable", std::nullopt},
+        {"AID table is empty text", "", goodCapk, std::nullopt},
+        {"application name over 16", samples::aidTable({samples::Aid(), longName}), goodCapk, 305},
+        {"AID over 32 digits", samples::aidTable({longAid}), goodCapk, 305},
+        {"modulus length beyond the text", goodAid, samples::capkTable({samples::Capk(), shortModulus}), 305},
+        {"RID over 10", goodAid, samples::capkTable({longRid}), 305},
+        {"modulus over 496 digits", goodAid, samples::capkTable({bigModulus}), 305},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        size_t before = pinpad_.requests().size();
+        storeTables(row.aid, row.capk);
+        auto call = load();
+        EXPECT_FALSE(call.success);
+        ASSERT_TRUE(call.error);
+        if (row.code) EXPECT_EQ(call.error->code(), *row.code);
+        else EXPECT_NE(call.error->domain(), KVRErrors::domain()) << "the reader's own error";
+        auto requests = pinpad_.requests();
+        ASSERT_EQ(requests.size(), before + 1);
+        EXPECT_EQ(requests.back().substr(0, 3), "TLI");
+    }
+    EXPECT_TRUE(progress().empty());
+}
+
+TEST_F(TableLoadTest, ALinkThatFailsMidwayIsReportedNotThrown) {
+    storeTables(samples::defaultAidTable(), samples::defaultCapkTable());
+    KVRPinpadController::sharedController().setConnection(nullptr);
+    auto call = load();
+    EXPECT_FALSE(call.success);
+    ASSERT_TRUE(call.error);
+    EXPECT_EQ(call.error->code(), 305);
+}
+
+TEST_F(TableLoadTest, ProviderLoadsOnTheMainWorkerAndReportsThere) {
+    storeTables(samples::defaultAidTable(), samples::defaultCapkTable());
+    KVRCompletionRecorder recorder;
+    std::thread::id mainWorker;
+    KVRQueues::main().sync([&] { mainWorker = std::this_thread::get_id(); });
+    KVRTableLoaderProvider::loadTables(recorder.block());
+    ASSERT_TRUE(recorder.waitForCalls(1));
+    EXPECT_TRUE(recorder.calls()[0].success);
+    EXPECT_EQ(recorder.calls()[0].thread, mainWorker);
+    EXPECT_EQ(names(), (std::vector<std::string>{"TLI", "TLR", "TLR", "TLR", "TLR", "TLE", "DSP"}));
+    EXPECT_EQ(progress().size(), 4u);
+    EXPECT_TRUE(progressOnMainWorker_);
+}
+
+TEST_F(TableLoadTest, ProviderWithoutPinpadFailsAtOnce) {
+    storeTables(samples::defaultAidTable(), samples::defaultCapkTable());
+    KVRPinpadController::sharedController().setConnection(nullptr);
+    KVRCompletionRecorder recorder;
+    KVRTableLoaderProvider::loadTables(recorder.block());
+    ASSERT_EQ(recorder.count(), 1u);
+    EXPECT_EQ(recorder.calls()[0].error->code(), 303);
+    EXPECT_EQ(recorder.calls()[0].thread, std::this_thread::get_id());
+    EXPECT_TRUE(pinpad_.requests().empty());
+}
+
+}  // namespace
