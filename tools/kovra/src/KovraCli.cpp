@@ -42,6 +42,7 @@ CLI::App* KovraCli::addCommand(CLI::App& parent, const std::string& name, const 
                                Action action) {
     CLI::App* command = parent.add_subcommand(name, description);
     command->fallthrough();
+    command->footer("");
     if (action) actions_[command] = std::move(action);
     return command;
 }
@@ -149,6 +150,16 @@ void KovraCli::defineDemo() {
         ->type_name("SECONDS");
 }
 
+// A word that names no command is left over when the parser asks for one.
+std::string KovraCli::usageMessage(const CLI::ParseError& error) const {
+    if (dynamic_cast<const CLI::RequiredError*>(&error)) {
+        auto leftover = app_.remaining(true);
+        if (!leftover.empty() && leftover.front().rfind("-", 0) != 0)
+            return "unknown command " + leftover.front();
+    }
+    return error.what();
+}
+
 CLI::App* KovraCli::chosenCommand() const {
     const CLI::App* current = &app_;
     CLI::App* chosen = nullptr;
@@ -165,7 +176,7 @@ int KovraCli::run(int argc, char** argv) {
         app_.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) return app_.exit(error);
-        KovraOutput(false).error(std::string("kovra: ") + error.what() + " (see kovra --help)");
+        KovraOutput(false).error("kovra: " + usageMessage(error) + " (see kovra --help)");
         return KovraCommandError::kUsage;
     }
     return execute(chosenCommand());

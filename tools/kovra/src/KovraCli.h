@@ -48,6 +48,7 @@ private:
     void defineSaleCommands();
     void defineMailCommands();
     void defineDemo();
+    std::string usageMessage(const CLI::ParseError& error) const;
     /// The deepest command the user named.
     CLI::App* chosenCommand() const;
     int execute(CLI::App* command);
