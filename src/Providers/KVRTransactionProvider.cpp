@@ -1,0 +1,158 @@
+#include <kovra/KVRTransactionProvider.h>
+
+#include <kovra/KVRErrors.h>
+#include <kovra/KVRLoggingUtil.h>
+#include <kovra/KVRPinpadModel.h>
+#include <kovra/KVRQueues.h>
+#include <kovra/KVRTransactionModel.h>
+#include <kovra/KVRValidationProvider.h>
+
+#include "Pinpad/KVRDisplayText.h"
+#include "Transactions/KVRTransactionController.h"
+
+#include <climits>
+
+namespace {
+
+constexpr long long kMinimumAmount = 10;
+constexpr size_t kShortNameLimit = 16;
+constexpr int kLastResult = 9;
+constexpr int kFirstDeletedResult = 6;
+constexpr int kApproved = 2;
+
+struct Instalments {
+    int amount;
+    int type;
+};
+
+// Code 0 is a single payment; 1 to 11 are 2 to 12 instalments financed by the
+// merchant (type 1); 12 and above are code - 10 instalments financed by the
+// issuer (type 2).
+Instalments instalmentsFor(unsigned code) {
+    if (code == 0) return {0, 0};
+    if (code <= 11) return {static_cast<int>(code) + 1, 1};
+    long long count = static_cast<long long>(code) - 10;
+    return {static_cast<int>(count > INT_MAX ? INT_MAX : count), 2};
+}
+
+// The entry checks, in their fixed order; the first that fails is reported.
+std::optional<KVRError> preconditionError(const KVRTransactionModel& transaction) {
+    long long amount = transaction.amount() ? transaction.amount()->longLongValue() : 0;
+    if (amount < kMinimumAmount) return KVRErrors::invalidAmount();
+    auto shortName = transaction.shortName();
+    if (shortName && KVRDisplayText::characterCount(*shortName) > kShortNameLimit) {
+        return KVRErrors::numberOfCharactersExceededForShortName();
+    }
+    if (!KVRValidationProvider::validateConnectionToNetWork()) return KVRErrors::notConnectedToNetwork();
+    if (!KVRValidationProvider::validateActivation()) return KVRErrors::missingKovracodeActivation();
+    if (!KVRValidationProvider::validatePinpadConnection()) return KVRErrors::pinpadConnectionNotFound();
+    return std::nullopt;
+}
+
+std::optional<KVRError> errorForResult(int result) {
+    switch (result) {
+        case 0: return KVRErrors::genericError();
+        case 1:
+        case 3:  // a partial approval is reported as a rejection
+        case 4: return KVRErrors::transactionRejected();
+        case 5: return KVRErrors::transactionAutoCancel();
+        case 6: return KVRErrors::invalidTransaction();
+        case 7: return KVRErrors::transactionTimeout();
+        case 8: return KVRErrors::transactionFailed();
+        case 9: return KVRErrors::operationCancelledByUser();
+        default: return std::nullopt;
+    }
+}
+
+int runSale(const std::shared_ptr<KVRTransactionModel>& transaction) {
+    try {
+        return KVRTransactionController().sendTransaction(transaction);
+    } catch (const std::exception& exception) {
+        KVRLoggingUtil::printLog(std::string("The sale ended with an exception: ") + exception.what());
+        return 0;
+    }
+}
+
+// Declined, partly approved and cancelled sales stay in the store; invalid,
+// timed-out, failed and aborted ones leave nothing, not even the PIN pad
+// record made for them.
+void keepOrDelete(const std::shared_ptr<KVRTransactionModel>& transaction, int result) {
+    if (result < 0 || result > kLastResult) return;
+    if (result < kFirstDeletedResult) {
+        transaction->save();
+        return;
+    }
+    auto pinpad = transaction->pinpad();
+    transaction->deleteRecord();
+    if (pinpad) pinpad->deleteRecord();
+}
+
+void report(const KVRCompletion& block, int result) {
+    if (result < 0 || result > kLastResult) return;  // no such outcome: nothing to say
+    KVRQueues::deliverOnMain([block, result] {
+        if (result == kApproved) {
+            block(true, std::nullopt);
+        } else {
+            block(false, errorForResult(result));
+        }
+    });
+}
+
+// The sale itself runs on the main worker, one at a time with every other PIN
+// pad exchange; a background task hands it over and waits for it.
+void startSale(const std::shared_ptr<KVRTransactionModel>& transaction, KVRCompletion block) {
+    KVRQueues::global(KVRQueuePriority::Background).async([transaction, block = std::move(block)] {
+        KVRQueues::main().sync([&transaction, &block] {
+            int result = runSale(transaction);
+            transaction->setStatus(result);
+            keepOrDelete(transaction, result);
+            report(block, result);
+        });
+    });
+}
+
+}  // namespace
+
+void KVRTransactionProvider::sendTransactionWithValue(long long value, unsigned transactionTypeSimplified,
+                                                      unsigned instalmentTransaction, const std::string& transactionId,
+                                                      KVRCompletion block) {
+    (void)transactionId;  // accepted for the application's sake; neither stored nor sent
+    auto transaction = KVRTransactionModel::create();
+    Instalments instalments = instalmentsFor(instalmentTransaction);
+    transaction->setInstalmentAmount(instalments.amount);
+    transaction->setInstalmentType(instalments.type);
+    transaction->setType(static_cast<int>(transactionTypeSimplified));
+    transaction->setAmount(KVRNumber(value));
+    // A sale that never starts must not leave its new record in the context,
+    // where the next save anywhere would write it.
+    if (auto error = preconditionError(*transaction)) {
+        transaction->deleteRecord();
+        block(false, error);
+        return;
+    }
+    startSale(transaction, [block = std::move(block)](bool success, std::optional<KVRError> error) {
+        block(success, std::move(error));
+    });
+}
+
+void KVRTransactionProvider::sendTransactionWithValueOrderIdentification(long long value,
+                                                                         unsigned transactionTypeSimplified,
+                                                                         unsigned instalmentTransaction,
+                                                                         const std::string& orderIdentification,
+                                                                         KVRCompletion block) {
+    sendTransactionWithValue(value, transactionTypeSimplified, instalmentTransaction, orderIdentification,
+                             [block = std::move(block)](bool success, std::optional<KVRError> error) {
+                                 block(success, std::move(error));
+                             });
+}
+
+void KVRTransactionProvider::sendTransaction(const std::shared_ptr<KVRTransactionModel>& transaction,
+                                             KVRCompletion block) {
+    std::optional<KVRError> error =
+        transaction ? preconditionError(*transaction) : std::optional<KVRError>(KVRErrors::invalidAmount());
+    if (error) {
+        block(false, error);
+        return;
+    }
+    startSale(transaction, std::move(block));
+}

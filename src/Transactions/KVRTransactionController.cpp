@@ -1,0 +1,568 @@
+#include "Transactions/KVRTransactionController.h"
+
+#include <kovra/KVRApplicationInfo.h>
+#include <kovra/KVRDirectories.h>
+#include <kovra/KVRException.h>
+#include <kovra/KVRLoggingUtil.h>
+#include <kovra/KVRMerchantModel.h>
+#include <kovra/KVRPinpadModel.h>
+#include <kovra/KVRTmsTableModel.h>
+#include <kovra/KVRTransactionModel.h>
+
+#include "Host/KVRCommunicationController.h"
+#include "Host/KVRServiceEndpoint.h"
+#include "Host/Messages/KVRAcceptorAuthorisation.h"
+#include "Host/Messages/KVRAcceptorAuthorisationResponse.h"
+#include "Host/Messages/KVRAuthorisationRequestFactory.h"
+#include "Pinpad/KVRCommandController.h"
+#include "Tms/KVRAidTable.h"
+#include "Tms/KVRTmsController.h"
+#include "Transactions/KVRCancellationController.h"
+#include "Utils/KVRClock.h"
+#include "Utils/KVRDateUtil.h"
+#include "Utils/KVRStringUtil.h"
+
+#include <execinfo.h>
+
+#include <map>
+
+namespace {
+
+// Result codes (the transaction status values).
+constexpr int kResultUnknown = 0;
+constexpr int kResultDeclined = 1;
+constexpr int kResultApproved = 2;
+constexpr int kResultPartlyApproved = 3;
+constexpr int kResultTechnicalError = 4;
+constexpr int kResultCancelled = 5;
+constexpr int kResultInvalid = 6;
+constexpr int kResultTimeout = 7;
+constexpr int kResultFailure = 8;
+constexpr int kResultAborted = 9;
+
+// PIN pad return codes the sale acts on.
+constexpr int32_t kPinpadOk = 0;
+constexpr int32_t kPinpadTimeout = 12;
+constexpr int32_t kPinpadCancelled = 13;
+constexpr int32_t kPinpadTablesMissing = 20;
+constexpr int32_t kPinpadCardInvalid = 70;
+
+// GCR card types.
+constexpr int32_t kCardStripe = 0;
+constexpr int32_t kCardChip = 3;
+constexpr int32_t kCardContactlessChip = 6;
+
+// GOC and FNC decisions.
+constexpr int32_t kGocDeclinedOffline = 1;
+constexpr int32_t kGocGoOnline = 2;
+constexpr int32_t kFncApproved = 0;
+constexpr int32_t kFncDeclinedByCard = 1;
+constexpr int32_t kFncDeclinedByNetwork = 2;
+
+constexpr int32_t kLastVisaRecord = 3;
+
+const char* const kProcessing = "Processando...";
+const char* const kTransaction = "TRANSACAO";
+const char* const kStripeCancelled = "TRANSACAO       CANCELADA";
+const char* const kStripeTimeout = "TEMPO           EXPIROU";
+const char* const kStripeFailed = "TRANSACAO       FALHOU";
+const char* const kStripeApproved = "TRANSACAO       APROVADA";
+const char* const kStripeDeclined = "TRANSACAO       NEGADA";
+
+// The host's decision, as the card is told it and as the sale ends.
+struct HostDecision {
+    const char* actionCode;
+    int result;
+};
+
+std::optional<HostDecision> chipDecision(KVRResponseCode code) {
+    switch (code) {
+        case KVRResponseCodeDECL: return HostDecision{"10", kResultDeclined};
+        case KVRResponseCodeAPPR: return HostDecision{"00", kResultApproved};
+        case KVRResponseCodePART: return HostDecision{"10", kResultPartlyApproved};
+        case KVRResponseCodeTECH: return HostDecision{"05", kResultTechnicalError};
+    }
+    return std::nullopt;
+}
+
+// The PIN pad stopped answering (the link's read time-out) or is gone.
+bool isPinpadLost(const std::exception& exception) {
+    const auto* kvr = dynamic_cast<const KVRException*>(&exception);
+    return kvr && (kvr->name() == "PinpadTimeout" || kvr->name() == "PinpadNotConnected");
+}
+
+std::string callStack() {
+    void* frames[64];
+    int count = backtrace(frames, 64);
+    char** symbols = backtrace_symbols(frames, count);
+    std::string text = "(\n";
+    for (int i = 0; symbols && i < count; ++i) text += KVRStringUtil::format("    %d %s\n", i, symbols[i]);
+    free(symbols);
+    return text + ")";
+}
+
+KVRNumber amountOf(const KVRTransactionModel& transaction) { return transaction.amount().value_or(KVRNumber(0LL)); }
+
+// The first of `count` hexadecimal bytes at `at`, or nothing when the text
+// ends first or holds something else there.
+std::optional<unsigned> hexByte(const std::string& text, size_t at) {
+    if (at + 2 > text.size()) return std::nullopt;
+    unsigned value = 0;
+    for (size_t i = at; i < at + 2; ++i) {
+        char c = text[i];
+        unsigned digit;
+        if (c >= '0' && c <= '9') {
+            digit = c - '0';
+        } else if (c >= 'A' && c <= 'F') {
+            digit = c - 'A' + 10;
+        } else if (c >= 'a' && c <= 'f') {
+            digit = c - 'a' + 10;
+        } else {
+            return std::nullopt;
+        }
+        value = value * 16 + digit;
+    }
+    return value;
+}
+
+// Every tag of a BER-TLV hexadecimal text with its value, keyed by the tag in
+// upper-case hexadecimal. Tags of one or two bytes (a first byte whose low
+// five bits are all set announces the second); lengths of one byte, or a
+// first length byte above 0x7F followed by the byte that gives it. The walk
+// stops at the first element that is cut short or not hexadecimal.
+std::map<std::string, std::string> readTlv(const std::string& text) {
+    std::map<std::string, std::string> elements;
+    size_t at = 0;
+    while (at < text.size()) {
+        auto first = hexByte(text, at);
+        if (!first) break;
+        size_t tagLength = (*first & 0x1F) == 0x1F ? 4 : 2;
+        if (tagLength == 4 && !hexByte(text, at + 2)) break;
+        std::string tag = KVRStringUtil::toUpper(text.substr(at, tagLength));
+        at += tagLength;
+        auto length = hexByte(text, at);
+        if (!length) break;
+        at += 2;
+        if (*length > 0x7F) {
+            length = hexByte(text, at);
+            if (!length) break;
+            at += 2;
+        }
+        size_t valueLength = static_cast<size_t>(*length) * 2;
+        if (text.size() - at < valueLength) break;
+        elements[tag] = KVRStringUtil::toUpper(text.substr(at, valueLength));
+        at += valueLength;
+    }
+    return elements;
+}
+
+// The first and third service-code digits of a stripe card's track 2
+// ("<PAN>=<YYMM><service code>..."); empty without a second track.
+std::pair<std::string, std::string> serviceCodeDigits(const KVRGcrCommandResponse& gcr) {
+    if (gcr.secondTrackLength <= 0) return {};
+    auto pieces = KVRStringUtil::split(gcr.secondTrack, "=");
+    if (pieces.size() < 2) return {};
+    return {KVRStringUtil::safeSubstr(pieces[1], 4, 1), KVRStringUtil::safeSubstr(pieces[1], 6, 1)};
+}
+
+std::optional<std::string> digitOrNone(const std::string& digit) {
+    return digit.empty() ? std::nullopt : std::optional<std::string>(digit);
+}
+
+}  // namespace
+
+struct KVRTransactionController::ServiceCode {
+    std::optional<std::string> first;  // chip or not
+    std::optional<std::string> third;  // PIN or not
+
+    explicit ServiceCode(const KVRGcrCommandResponse& gcr) {
+        auto [firstDigit, thirdDigit] = serviceCodeDigits(gcr);
+        first = digitOrNone(firstDigit);
+        third = digitOrNone(thirdDigit);
+    }
+    bool isChipCard() const { return KVRCommandController::checkisEMV(first); }
+    bool asksForPin() const { return !isChipCard() && KVRCommandController::checkisPINMandatory(third); }
+};
+
+/// One authorisation exchange: the request as sent and what came back.
+struct KVRTransactionController::HostExchange {
+    std::shared_ptr<KVRAcceptorAuthorisation> request;
+    std::optional<KVRError> error;
+    std::optional<std::string> reply;
+    std::shared_ptr<KVRAcceptorAuthorisationResponse> response;
+
+    /// The host's decision, or none when the reply did not carry one (an
+    /// empty body, an error page, another message).
+    const KVRResponseToAuthorisationData* decision() const {
+        if (!response || !response->data || !response->data->authorisationResponse) return nullptr;
+        const auto& transactionResponse = response->data->authorisationResponse->transactionResponse;
+        if (!transactionResponse || !transactionResponse->authorisationResult) return nullptr;
+        return transactionResponse->authorisationResult->responseToAuthorisation.get();
+    }
+    std::optional<std::string> iccData() const {
+        const auto& transaction = response->data->authorisationResponse->transaction;
+        if (!transaction || !transaction->transactionDetails) return std::nullopt;
+        return transaction->transactionDetails->iccRelatedData;
+    }
+};
+
+KVRTransactionController::KVRTransactionController() = default;
+KVRTransactionController::~KVRTransactionController() = default;
+
+// ---- The sale ----
+
+int KVRTransactionController::sendTransaction(const std::shared_ptr<KVRTransactionModel>& transaction) {
+    // A PIN pad without tables gets them and the sale starts over, for as long
+    // as the PIN pad asks: a loop rather than recursion.
+    for (;;) {
+        if (auto result = runOnce(transaction)) return *result;
+    }
+}
+
+std::optional<int> KVRTransactionController::runOnce(const std::shared_ptr<KVRTransactionModel>& transaction) {
+    authorisationSent_ = false;
+    try {
+        if (!transaction->merchant()) transaction->setMerchant(KVRMerchantModel::findFirst());
+        commands_ = std::make_unique<KVRCommandController>();
+        identifyPinpad(*transaction);
+        auto gcr = commands_->sendCommandGcrWithTransactionType(transaction->getAccountType());
+        return dispatchCardRead(transaction, gcr);
+    } catch (const std::exception& exception) {
+        // The on-line part handles its own failures; what reaches here happened
+        // before anything went to the acquirer, so there is nothing to undo.
+        if (isPinpadLost(exception)) {
+            KVRLoggingUtil::printLog(std::string("The PIN pad stopped answering: ") + exception.what());
+            return kResultTimeout;
+        }
+        KVRLoggingUtil::printLog(KVRStringUtil::format("%s", exception.what()));
+        KVRLoggingUtil::printLog(callStack());
+        showChipMessage(kTransaction, "FALHOU");
+        return kResultFailure;
+    }
+}
+
+void KVRTransactionController::identifyPinpad(KVRTransactionModel& transaction) {
+    auto gin = commands_->sendCommandGin();
+    auto pinpad = KVRPinpadModel::create();
+    pinpad->setName(gin->name);
+    pinpad->setModel(gin->model);
+    pinpad->setSerialNumber(gin->serialNumber);
+    // Each pass of the sale (a restart after a table load too) records the PIN
+    // pad afresh; the record it replaces belongs to nothing any more.
+    auto replaced = transaction.pinpad();
+    transaction.setPinpad(pinpad);
+    if (replaced) replaced->deleteRecord();
+    auto key = transaction.initiatorTransactionKey();
+    if (!key || key->empty()) {
+        transaction.setInitiatorTransactionKey(generateInitiatorTransactionKeyWithSerialNumber(gin->serialNumber));
+    }
+}
+
+std::optional<int> KVRTransactionController::dispatchCardRead(const std::shared_ptr<KVRTransactionModel>& transaction,
+                                                              const std::shared_ptr<KVRGcrCommandResponse>& gcr) {
+    if (!gcr) {
+        showChipMessage(kTransaction, "INVALIDA");
+        return kResultInvalid;
+    }
+    if (gcr->status == kPinpadTablesMissing) {
+        KVRTmsController().loadTmsTablesToPinpadWithBlock([](bool, std::optional<KVRError>) {});
+        return std::nullopt;
+    }
+    if (gcr->status == kPinpadCardInvalid) {
+        showChipMessage(kTransaction, "INVALIDA");
+        return kResultInvalid;
+    }
+    if (gcr->status != kPinpadOk || gcr->responseId != "GCR") {
+        if (gcr->status == kPinpadCancelled) return kResultAborted;
+        showChipMessage(kTransaction, "FALHOU");
+        return kResultFailure;
+    }
+    if (gcr->cardType == kCardChip || gcr->cardType == kCardContactlessChip) return runChip(transaction, gcr);
+    if (gcr->cardType == kCardStripe) return dispatchMagneticStripe(transaction, gcr);
+    return kResultUnknown;  // a kind of card read this sale does not handle
+}
+
+// ---- Chip ----
+
+int KVRTransactionController::runChip(const std::shared_ptr<KVRTransactionModel>& transaction,
+                                      const std::shared_ptr<KVRGcrCommandResponse>& gcr) {
+    auto goc = commands_->sendCommandGocWithAmount(amountOf(*transaction));
+    if (goc->status == kPinpadCancelled) {
+        showChipMessage(kTransaction, "CANCELADA");
+        return kResultAborted;
+    }
+    if (goc->status == kPinpadTimeout) {
+        showChipMessage("TEMPO", "EXPIROU");
+        return kResultTimeout;
+    }
+    if (goc->decision == kGocDeclinedOffline) {
+        showChipMessage(kTransaction, "NEGADA");
+        return kResultDeclined;
+    }
+    if (goc->decision != kGocGoOnline) return kResultUnknown;  // decided by the card alone; the host never saw it
+    try {
+        return runChipOnline(transaction, *gcr, *goc);
+    } catch (const std::exception& exception) {
+        return recoverFromException(transaction, exception, true);
+    }
+}
+
+int KVRTransactionController::runChipOnline(const std::shared_ptr<KVRTransactionModel>& transaction,
+                                            const KVRGcrCommandResponse& gcr, const KVRGocCommandResponse& goc) {
+    commands_->sendCommandDspWithMessage(kProcessing);
+    HostExchange exchange = authorise(*transaction, gcr, &goc, nullptr);
+    const KVRResponseToAuthorisationData* decision = exchange.decision();
+    if (exchange.error || !decision) {
+        showChipMessage(kTransaction, "FALHOU");
+        return kResultFailure;
+    }
+    fillTransaction(*transaction, *exchange.response, gcr, *exchange.request);
+    auto mapped = chipDecision(decision->responseCode);
+    if (!mapped) return kResultUnknown;
+    return finishChip(mapped->actionCode, mapped->result, exchange.iccData());
+}
+
+int KVRTransactionController::finishChip(const std::string& actionCode, int result,
+                                         const std::optional<std::string>& iccData) {
+    auto fnc = commands_->sendCommandFncWithActionCode(actionCode, iccData);
+    if (fnc->status != kPinpadOk) return kResultDeclined;
+    // The card's own verdict only changes the message: a card that refuses the
+    // host's approval still ends as the host decided.
+    switch (fnc->decision) {
+        case kFncApproved: showChipMessage(kTransaction, "APROVADA"); break;
+        case kFncDeclinedByCard: showChipMessage("TRANSACAO NEGADA", "PELO CARTAO"); break;
+        case kFncDeclinedByNetwork: showChipMessage("TRANSACAO NEGADA", "PELA REDE"); break;
+        default: return kResultUnknown;
+    }
+    return result;
+}
+
+// ---- Magnetic stripe ----
+
+int KVRTransactionController::dispatchMagneticStripe(const std::shared_ptr<KVRTransactionModel>& transaction,
+                                                     const std::shared_ptr<KVRGcrCommandResponse>& gcr) {
+    if (ServiceCode(*gcr).isChipCard()) {
+        commands_->sendCommandDspWithMessage("Cartao de Chip");
+        return kResultInvalid;
+    }
+    return sendTransactionWithMagnectStripe(transaction, gcr);
+}
+
+int KVRTransactionController::sendTransactionWithMagnectStripe(const std::shared_ptr<KVRTransactionModel>& transaction,
+                                                               const std::shared_ptr<KVRGcrCommandResponse>& gcr) {
+    if (!commands_) {
+        commands_ = std::make_unique<KVRCommandController>();
+        commands_->setGcrResponse(gcr);
+    }
+    authorisationSent_ = false;
+    commands_->sendCommandDspWithMessage(kProcessing);
+    ServiceCode serviceCode(*gcr);
+    try {
+        return runStripeOnline(transaction, *gcr, serviceCode);
+    } catch (const std::exception& exception) {
+        return recoverFromException(transaction, exception, false);
+    }
+}
+
+int KVRTransactionController::runStripeOnline(const std::shared_ptr<KVRTransactionModel>& transaction,
+                                              const KVRGcrCommandResponse& gcr, const ServiceCode& serviceCode) {
+    std::shared_ptr<KVRGpnCommandResponse> gpn;
+    if (serviceCode.asksForPin()) {
+        gpn = commands_->sendCommandGpnWithAmount(amountOf(*transaction));
+        // A cardholder who cancels the PIN entry, or lets it time out, has not
+        // agreed to the payment: nothing goes to the acquirer.
+        if (gpn->status == kPinpadCancelled) {
+            showStripeMessage(kStripeCancelled);
+            return kResultAborted;
+        }
+        if (gpn->status == kPinpadTimeout) {
+            showStripeMessage(kStripeTimeout);
+            return kResultTimeout;
+        }
+    }
+    HostExchange exchange = authorise(*transaction, gcr, nullptr, gpn.get());
+    if (exchange.error && exchange.error->domain() == NSURLErrorDomain &&
+        exchange.error->code() == NSURLErrorTimedOut) {
+        showStripeMessage(kStripeTimeout);
+        return kResultTimeout;
+    }
+    if (exchange.error) {
+        KVRLoggingUtil::printLog("Error at sendTransaction: defaul case - " + exchange.error->description());
+        showStripeMessage(kStripeFailed);
+        return kResultFailure;
+    }
+    const KVRResponseToAuthorisationData* decision = exchange.decision();
+    if (!decision) {
+        showStripeMessage(kStripeFailed);
+        return kResultFailure;
+    }
+    fillTransaction(*transaction, *exchange.response, gcr, *exchange.request);
+    switch (decision->responseCode) {
+        case KVRResponseCodeAPPR:
+        case KVRResponseCodePART: showStripeMessage(kStripeApproved); return kResultApproved;
+        case KVRResponseCodeDECL:
+        case KVRResponseCodeTECH: showStripeMessage(kStripeDeclined); return kResultDeclined;
+    }
+    return kResultUnknown;
+}
+
+// ---- Host ----
+
+KVRTransactionController::HostExchange KVRTransactionController::authorise(const KVRTransactionModel& transaction,
+                                                                           const KVRGcrCommandResponse& gcr,
+                                                                           const KVRGocCommandResponse* goc,
+                                                                           const KVRGpnCommandResponse* gpn) {
+    HostExchange exchange;
+    exchange.request =
+        KVRAuthorisationRequestFactory::createAcceptorAutorisationrequestWithTrasansaction(transaction, gcr, goc, gpn);
+    std::string xml = exchange.request->write();
+    KVRLoggingUtil::printLog(xml);
+    authorisationSent_ = true;
+    exchange.reply = KVRCommunicationController::postXml(xml, KVRServiceEndpoint::authorizerUrl(), &exchange.error);
+    KVRLoggingUtil::printLog(exchange.reply.value_or(""));
+    if (exchange.error || !exchange.reply || exchange.reply->empty()) return exchange;
+    exchange.response = std::make_shared<KVRAcceptorAuthorisationResponse>();
+    exchange.response->read(*exchange.reply);
+    return exchange;
+}
+
+void KVRTransactionController::fillTransaction(KVRTransactionModel& transaction,
+                                               const KVRAcceptorAuthorisationResponse& response,
+                                               const KVRGcrCommandResponse& gcr,
+                                               const KVRAcceptorAuthorisation& request) {
+    const auto& answer = *response.data->authorisationResponse;
+    const auto& hostTransaction = answer.transaction;
+    std::optional<std::string> iccData;
+    if (hostTransaction && hostTransaction->transactionDetails) {
+        iccData = hostTransaction->transactionDetails->iccRelatedData;
+    }
+    transaction.setAid(getTransactionAidWithGcrResponse(gcr));
+    transaction.setArqc(iccData ? getArqcWithEmv(*iccData) : std::nullopt);
+    transaction.setAuthorisationCode(answer.transactionResponse->authorisationResult->authorisationCode);
+    transaction.setCardHolderName(gcr.cardHolderName);
+    transaction.setDate(KVRClock::now());
+    transaction.setCardBrand(getFlagWithGcrResponse(gcr));
+
+    std::optional<std::string> pan;
+    const auto& environment = request.authorisationRequest->environment;
+    if (environment && environment->card && environment->card->plainCard && environment->card->plainCard->pan) {
+        const std::string& full = *environment->card->plainCard->pan;
+        pan = full.size() > 4 ? full.substr(full.size() - 4) : full;  // only the last digits are ever kept
+    }
+    transaction.setPan(pan);
+
+    std::optional<std::string> receiptKey;
+    std::optional<std::string> reference;
+    if (hostTransaction) {
+        receiptKey = hostTransaction->recipientTransactionId;
+        if (hostTransaction->transactionId) reference = hostTransaction->transactionId->transactionReference;
+    }
+    transaction.setReceiptTransactionKey(receiptKey);
+    transaction.setReference(reference);
+    transaction.save();
+    KVRLoggingUtil::printLog(receiptKey ? "-----> " + *receiptKey : std::string("Não existe ARN !!"));
+}
+
+// ---- Failures of the on-line part ----
+
+int KVRTransactionController::recoverFromException(const std::shared_ptr<KVRTransactionModel>& transaction,
+                                                   const std::exception& exception, bool chipFlow) {
+    KVRLoggingUtil::printLog(KVRStringUtil::format("%s", exception.what()));
+    KVRLoggingUtil::printLog(callStack());
+    if (isPinpadLost(exception)) {
+        // A PIN pad that fell silent cannot show anything. Before the request
+        // went out there is nothing to undo; after it, the acquirer may hold
+        // an authorisation the card never confirmed, so it is cancelled.
+        return authorisationSent_ ? cancelAtHost(transaction) : kResultTimeout;
+    }
+    int outcome = cancelAtHost(transaction);
+    if (chipFlow) {
+        showChipMessage(kTransaction, outcome == kResultCancelled ? "CANCELADA" : "FALHOU");
+    } else {
+        showStripeMessage(outcome == kResultCancelled ? kStripeCancelled : kStripeFailed);
+    }
+    return outcome;
+}
+
+int KVRTransactionController::cancelAtHost(const std::shared_ptr<KVRTransactionModel>& transaction) {
+    int outcome = kResultUnknown;
+    try {
+        KVRCancellationController().sendCancellationWithTransaction(
+            transaction, [&outcome](bool success, const std::optional<KVRError>&) {
+                outcome = success ? kResultCancelled : kResultUnknown;
+            });
+    } catch (const std::exception& exception) {
+        KVRLoggingUtil::printLog(std::string("The cancellation advice could not be sent: ") + exception.what());
+    }
+    return outcome;
+}
+
+// ---- Display ----
+
+void KVRTransactionController::showChipMessage(const char* firstLine, const char* secondLine) {
+    showWithoutFailing([&] { commands_->sendCommandRmcWithFirstLine(firstLine, secondLine); });
+}
+
+void KVRTransactionController::showStripeMessage(const char* message) {
+    showWithoutFailing([&] { commands_->sendCommandDspWithMessage(message); });
+}
+
+// A message that cannot be shown does not change how the sale ended.
+void KVRTransactionController::showWithoutFailing(const std::function<void()>& show) {
+    if (!commands_) return;
+    try {
+        show();
+    } catch (const std::exception& exception) {
+        KVRLoggingUtil::printLog(std::string("The PIN pad did not show the message: ") + exception.what());
+    }
+}
+
+// ---- Card and key helpers ----
+
+std::optional<std::string> KVRTransactionController::generateInitiatorTransactionKeyWithSerialNumber(
+    const std::string& serialNumber) {
+    try {
+        auto now = KVRClock::now();
+        // The ordinality of the day unit within the day unit: always 1, kept
+        // because the host has always received it.
+        long dayInDay = 1;
+        std::string count = KVRStringUtil::format("%li", static_cast<long>(KVRTransactionModel::findAll().size()));
+        if (count.size() < 4) count.insert(0, 4 - count.size(), '0');
+        std::string vendor = KVRDirectories::vendorIdentifier();
+        if (vendor.size() < 28) throw KVRException("NSRangeException", "The vendor identifier is too short.");
+        std::string version = KVRApplicationInfo::stringForKey("CFBundleVersion").value_or("");
+        return KVRStringUtil::removeAll(serialNumber, ' ') + "-" + KVRDateUtil::dateStringWithFormat("yy", now) +
+               KVRStringUtil::format("%ld", dayInDay) + count + vendor.substr(24, 4) +
+               KVRStringUtil::removeAll(version, '.');
+    } catch (const std::exception&) {
+        KVRLoggingUtil::printLog("Occoreu algum erro na formaçao da string");
+        return std::nullopt;
+    }
+}
+
+std::string KVRTransactionController::getFlagWithGcrResponse(const KVRGcrCommandResponse& gcrResponse) {
+    return gcrResponse.recidx <= kLastVisaRecord ? "Visa" : "MasterCard";
+}
+
+std::optional<std::string> KVRTransactionController::getTransactionAidWithGcrResponse(
+    const KVRGcrCommandResponse& gcrResponse) {
+    auto tables = KVRTmsTableModel::findFirst();
+    if (!tables) {
+        KVRLoggingUtil::printLog("Error - TMS Table not downloaded.");
+        return std::string();
+    }
+    KVRAidTable table;
+    std::optional<KVRError> error;
+    table.readAidString(tables->aidTable().value_or(""), &error);
+    for (const auto& aid : table.Aids) {
+        if (aid->Recidx && KVRStringUtil::leadingInteger(*aid->Recidx) == gcrResponse.recidx) return aid->ApplicationId;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> KVRTransactionController::getArqcWithEmv(const std::string& emv) {
+    auto elements = readTlv(emv);
+    auto found = elements.find("9F26");
+    if (found == elements.end()) return std::nullopt;
+    return found->second;
+}

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <kovra/KVRTransactionModel.h>
+
+#include "support/KVRCompletionRecorder.h"
+#include "support/KVRFakeExchange.h"
+#include "support/KVRScriptedPinpad.h"
+#include "support/KVRTemporaryStore.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <ostream>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// Everything a sale needs, in process: a temporary store with an enrolled
+/// merchant and EMV tables, a network that counts as up, a scripted PIN pad on
+/// the shared link and a fake acquirer. The PIN pad answers from a script, one
+/// reply list per command (the last reply repeats); the acquirer answers the
+/// authorisation and the cancellation advice with set replies.
+class KVRSaleBench {
+public:
+    /// An acquirer reply: a body, or a transport error in NSURLErrorDomain.
+    struct HostReply {
+        std::optional<std::string> body;
+        std::optional<long> urlError;
+    };
+
+    static constexpr const char* kAuthorisationCode = "654321";
+    static constexpr const char* kReceiptKey = "RCPT-000123";
+    static constexpr const char* kReference = "REF-7E57";
+    static constexpr const char* kHostArqc = "8BD1E25A0F7E4C11";
+    /// Issuer data of the default replies: 91 and 8A around the card's 9F26.
+    static std::string hostIccData();
+    static std::string authorisationReply(const std::string& responseCode, bool withResult = true);
+    static std::string cancellationReply(const std::string& responseCode);
+    static HostReply body(std::string text) { return HostReply{std::move(text), std::nullopt}; }
+    static HostReply failure(long urlError) { return HostReply{std::nullopt, urlError}; }
+
+    KVRSaleBench();
+    ~KVRSaleBench();
+    KVRSaleBench(const KVRSaleBench&) = delete;
+    KVRSaleBench& operator=(const KVRSaleBench&) = delete;
+
+    /// Replies for a command ("GCR", "GOC"...): each request takes the next,
+    /// the last repeats. An empty reply text leaves the PIN pad silent.
+    void answer(const std::string& command, std::vector<std::string> replies);
+    void setAuthorisationReply(HostReply reply);
+    void setCancellationReply(HostReply reply);
+    /// Called on the PIN pad's thread with each request, before it is answered.
+    void setObserver(std::function<void(const std::string& request)> observer);
+
+    /// Starts the sale through the provider; the recorder gets its completion.
+    std::shared_ptr<KVRCompletionRecorder> start(const std::shared_ptr<KVRTransactionModel>& transaction);
+    /// The sale through the provider, waiting for its completion.
+    KVRCompletionRecorder::Call sell(const std::shared_ptr<KVRTransactionModel>& transaction);
+    static std::shared_ptr<KVRTransactionModel> newSale(long long amount, int type = 0);
+
+    /// The display states shown, "DSP first line|second line" (or "RMC ...")
+    /// without trailing blanks.
+    std::vector<std::string> displays() const;
+    /// Command names in the order the PIN pad received them.
+    std::vector<std::string> commands() const;
+    std::vector<std::string> requestsOf(const std::string& command) const;
+    std::vector<KVRFakeExchange::Request> hostRequests(const std::string& path) const;
+
+    KVRScriptedPinpad& pinpad() { return pinpad_; }
+    KVRTemporaryStore& store() { return store_; }
+
+private:
+    std::vector<std::string> handle(const std::string& request);
+
+    KVRTemporaryStore store_;
+    mutable std::mutex mutex_;
+    std::map<std::string, std::vector<std::string>> replies_;
+    std::map<std::string, size_t> served_;
+    HostReply authorisation_;
+    HostReply cancellation_;
+    std::function<void(const std::string& request)> observer_;
+    KVRFakeExchange host_;
+    KVRScriptedPinpad pinpad_;
+};
+
+/// Errors in test failures: domain, code and text.
+inline void PrintTo(const KVRError& error, std::ostream* out) { *out << error.description(); }
