@@ -5,6 +5,7 @@
 #include "KovraMerchantFormat.h"
 #include "KovraOutput.h"
 #include "KovraPinpadMessages.h"
+#include "KovraSettings.h"
 #include "KovraTableLoadProgress.h"
 #include "KovraText.h"
 #include "KovraTextTable.h"
@@ -47,6 +48,7 @@ void KovraDemo::run() {
     output_.line("");
     environment.start();
     if (options_.verbose) KVRApplicationInfo::setValue("Kovra Debugginho Developer", true);
+    KovraSettings::routeLogs(options_.verbose);
     output_.line("  work directory  " + environment.directory() +
                  (environment.kept() ? " (kept)" : " (removed at the end; --keep DIR keeps it)"));
     output_.line("  acquirer        " + environment.acquirerUrl() + " (kovra-acquirer-sim)");
@@ -59,6 +61,7 @@ void KovraDemo::run() {
 }
 
 void KovraDemo::runSteps(KovraDemoEnvironment& environment) {
+    environment_ = &environment;
     step("Enrol the merchant with KovraCode " + std::string(kKovraCode), [this] { enrol(); });
     step("Download the EMV tables from the acquirer", [this] { downloadTables(); });
     step("Connect to the PIN pad", [this] { connect(); });
@@ -96,7 +99,7 @@ void KovraDemo::say(const std::string& text) { output_.line(kIndent + text); }
 void KovraDemo::enrol() {
     auto merchant = session_.enroll(kKovraCode);
     merchantName_ = merchant->merchantName().value_or("");
-    for (const auto& line : KovraMerchantFormat::lines(merchant, kIndent.substr(2))) output_.line(line);
+    for (const auto& line : KovraMerchantFormat::lines(merchant, kIndent)) output_.line(line);
 }
 
 void KovraDemo::downloadTables() {
@@ -126,6 +129,7 @@ KovraSession::Transaction KovraDemo::approvedSale(const KovraSession::SaleReques
     if (loaded > 0)
         say("the PIN pad reported missing tables: " + std::to_string(loaded) +
             " records loaded into it, then the card was read again");
+    showDisplay();
     if (outcome.error) throw KovraCommandError::fromLibrary(*outcome.error);
     if (!outcome.record) throw KovraCommandError::failure("the approved sale left no stored record");
     say("approved:");
@@ -140,6 +144,7 @@ void KovraDemo::declinedSale(const KovraSession::SaleRequest& request) {
         KovraPinpadMessages messages(output_, kIndent + "pinpad: ");
         outcome = session_.sale(request);
     }
+    showDisplay();
     if (!outcome.error) throw KovraCommandError::failure("the sale was approved; a decline was expected");
     if (*outcome.error != KVRErrors::transactionRejected()) throw KovraCommandError::fromLibrary(*outcome.error);
     say("declined as expected: " + std::string(KovraCommandError::fromLibrary(*outcome.error).what()));
@@ -147,6 +152,10 @@ void KovraDemo::declinedSale(const KovraSession::SaleRequest& request) {
         throw KovraCommandError::failure("the declined sale should stay stored with status 1");
     for (const auto& line : KovraTransactionFormat::detailLines(outcome.record, kIndent + "  ")) output_.line(line);
     ++tally_.declined;
+}
+
+void KovraDemo::showDisplay() {
+    if (auto shown = environment_->lastDisplay()) say("the PIN pad shows \"" + *shown + "\"");
 }
 
 void KovraDemo::listTransactions() {

@@ -44,6 +44,7 @@ private:
     void connect();
     KovraSession::Transaction approvedSale(const KovraSession::SaleRequest& request);
     void declinedSale(const KovraSession::SaleRequest& request);
+    void showDisplay();
     void listTransactions();
     void cancel(const KovraSession::Transaction& sale);
     void emailReceipt(const KovraSession::Transaction& sale, const KovraDemoEnvironment& environment);
@@ -53,6 +54,7 @@ private:
     KovraOutput& output_;
     KovraInterrupts& interrupts_;
     KovraSession session_;
+    KovraDemoEnvironment* environment_ = nullptr;
     Tally tally_;
     int stepNumber_ = 0;
     std::string merchantName_;

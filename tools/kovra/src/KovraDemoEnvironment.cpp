@@ -21,6 +21,10 @@ namespace fs = std::filesystem;
 
 // Key generation for the acquirer's certificates takes a moment on a slow machine.
 constexpr auto kStartTimeout = 30s;
+constexpr auto kKeptStopGrace = 3000ms;
+constexpr auto kTemporaryStopGrace = 300ms;
+// What the PIN pad tells the cardholder while it waits for the card.
+constexpr const char* kCardPrompt = "INSIRA OU PASSE O CARTAO";
 
 std::string lastLines(const std::string& file) {
     std::ifstream in(file);
@@ -98,7 +102,8 @@ void KovraDemoEnvironment::startAcquirer(const std::string& program) {
 
 void KovraDemoEnvironment::startPinpad(const std::string& program) {
     std::string scenario = path("pinpad-scenario.json");
-    std::ofstream(scenario) << nlohmann::json{{"cards", cards()}}.dump(2) << '\n';
+    nlohmann::json rules = nlohmann::json::array({{{"command", "GCR"}, {"ntm", {kCardPrompt}}}});
+    std::ofstream(scenario) << nlohmann::json{{"cards", cards()}, {"faults", rules}}.dump(2) << '\n';
     std::string log = path("pinpad-sim.log");
     pinpad_ = std::make_unique<KovraEmulatorProcess>(
         program,
@@ -142,6 +147,26 @@ int KovraDemoEnvironment::pinpadCommandCount() const {
     return count;
 }
 
+// The emulator logs each display state as "first line|second line", both
+// padded to 16 characters.
+std::optional<std::string> KovraDemoEnvironment::lastDisplay() const {
+    std::ifstream in(path("pinpad-display.log"));
+    std::string line;
+    std::string last;
+    while (std::getline(in, line))
+        if (!line.empty()) last = line;
+    if (last.empty()) return std::nullopt;
+    auto trimmed = [](std::string text) {
+        text.erase(text.find_last_not_of(' ') + 1);
+        return text;
+    };
+    size_t bar = last.find('|');
+    if (bar == std::string::npos) return trimmed(last);
+    std::string first = trimmed(last.substr(0, bar));
+    std::string second = trimmed(last.substr(bar + 1));
+    return second.empty() ? first : first + " / " + second;
+}
+
 std::optional<std::string> KovraDemoEnvironment::newestOutboxFile() const {
     std::error_code error;
     std::optional<fs::path> newest;
@@ -158,9 +183,14 @@ std::optional<std::string> KovraDemoEnvironment::newestOutboxFile() const {
 }
 
 // Runs on the interrupt watcher too: no exceptions, nothing that waits long.
+// Both are asked first and then waited for, as each takes a moment to end.
+// Emulators whose state is thrown away anyway get little time to save it.
 void KovraDemoEnvironment::stopAll() {
-    if (pinpad_) pinpad_->stop();
-    if (acquirer_) acquirer_->stop();
+    for (auto* emulator : {pinpad_.get(), acquirer_.get()})
+        if (emulator) emulator->terminate();
+    auto grace = kept_ ? kKeptStopGrace : kTemporaryStopGrace;
+    for (auto* emulator : {pinpad_.get(), acquirer_.get()})
+        if (emulator) emulator->stop(grace);
     if (!kept_ && !directory_.empty()) {
         std::error_code error;
         fs::remove_all(directory_, error);

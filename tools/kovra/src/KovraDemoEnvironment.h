@@ -40,6 +40,8 @@ public:
 
     /// Requests the PIN pad emulator has received so far.
     int pinpadCommandCount() const;
+    /// What the PIN pad displays now, its two lines joined: "TRANSACAO / APROVADA".
+    std::optional<std::string> lastDisplay() const;
     /// The newest mail in the acquirer's outbox.
     std::optional<std::string> newestOutboxFile() const;
 

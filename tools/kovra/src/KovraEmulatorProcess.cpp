@@ -17,8 +17,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kStopGrace = 3s;
-
 // The child starts with the signals the tool blocks or ignores back to normal.
 void resetSignals(posix_spawnattr_t& attributes) {
     sigset_t none;
@@ -96,11 +94,16 @@ std::optional<std::string> KovraEmulatorProcess::nextLine(std::chrono::steady_cl
     }
 }
 
-void KovraEmulatorProcess::stop() {
+void KovraEmulatorProcess::terminate() {
+    std::lock_guard lock(mutex_);
+    if (pid_ > 0) ::kill(pid_, SIGTERM);
+}
+
+void KovraEmulatorProcess::stop(std::chrono::milliseconds grace) {
     std::lock_guard lock(mutex_);
     if (pid_ <= 0) return;
     ::kill(pid_, SIGTERM);
-    auto deadline = std::chrono::steady_clock::now() + kStopGrace;
+    auto deadline = std::chrono::steady_clock::now() + grace;
     int status = 0;
     while (::waitpid(pid_, &status, WNOHANG) == 0) {
         if (std::chrono::steady_clock::now() >= deadline) {

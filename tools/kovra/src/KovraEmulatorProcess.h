@@ -21,8 +21,11 @@ public:
     /// Reads standard output until a line starts with the prefix and returns
     /// the rest of that line; nothing when the time is up or the output ended.
     std::optional<std::string> waitForLine(const std::string& prefix, std::chrono::milliseconds timeout);
-    /// Safe from any thread, and more than once.
-    void stop();
+    /// Asks it to end (SIGTERM) without waiting.
+    void terminate();
+    /// Asks it to end, waits up to `grace`, then kills it. Safe from any
+    /// thread, and more than once.
+    void stop(std::chrono::milliseconds grace = std::chrono::milliseconds(3000));
 
 private:
     std::optional<std::string> nextLine(std::chrono::steady_clock::time_point deadline);

@@ -61,7 +61,7 @@ void KovraSettings::apply() const {
     routeLogs();
 }
 
-void KovraSettings::routeLogs() const {
+void KovraSettings::routeLogs(bool verbose) {
     if (verbose || KVRLoggingUtil::isDebugEnabled()) {
         KVRLoggingUtil::setSink({});
     } else {

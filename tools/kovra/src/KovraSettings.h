@@ -25,9 +25,11 @@ public:
     /// The library's log lines go to standard error with --verbose (or when
     /// the dictionary turns the debug log on) and are dropped otherwise, so
     /// that the tool's own output stays readable.
-    void routeLogs() const;
+    void routeLogs() const { routeLogs(verbose); }
+    static void routeLogs(bool verbose);
 
     /// Loads a property-list file into the information dictionary; the
-    /// library's reason when it cannot.
+    /// library's reason when it cannot. Leaves the library's log on standard
+    /// error: route it again afterwards.
     static std::optional<std::string> loadInformationDictionary(const std::string& path);
 };
