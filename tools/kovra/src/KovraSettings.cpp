@@ -8,7 +8,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <filesystem>
 #include <iostream>
 
 void KovraSettings::addOptions(CLI::App& app) {
@@ -36,8 +35,6 @@ void KovraSettings::addOptions(CLI::App& app) {
 }
 
 std::optional<std::string> KovraSettings::loadInformationDictionary(const std::string& path) {
-    std::error_code error;
-    if (!std::filesystem::is_regular_file(path, error)) return "no such file";
     std::string reason;
     KVRLoggingUtil::setSink([&reason](const std::string& line) { reason = line; });
     bool loaded = KVRApplicationInfo::loadFromPlistFile(path);
@@ -46,7 +43,7 @@ std::optional<std::string> KovraSettings::loadInformationDictionary(const std::s
     // The library says "Application information PATH not loaded: WHY".
     size_t because = reason.find(" not loaded: ");
     return because == std::string::npos ? "not a property list with a dictionary at its root"
-                                        : reason.substr(because + 13);
+                                        : reason.substr(because + std::string(" not loaded: ").size());
 }
 
 void KovraSettings::apply() const {
