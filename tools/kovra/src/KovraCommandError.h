@@ -2,7 +2,6 @@
 
 #include <kovra/KVRError.h>
 
-#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -22,11 +21,9 @@ public:
     static KovraCommandError usage(const std::string& message);
 
     int exitCode() const { return exitCode_; }
-    const std::optional<KVRError>& libraryError() const { return libraryError_; }
 
 private:
-    KovraCommandError(std::string line, int exitCode, std::optional<KVRError> libraryError);
+    KovraCommandError(std::string line, int exitCode);
 
     int exitCode_;
-    std::optional<KVRError> libraryError_;
 };

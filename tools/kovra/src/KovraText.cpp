@@ -24,12 +24,6 @@ std::string KovraText::padded(const std::string& text, size_t columns) {
     return used >= columns ? text : text + std::string(columns - used, ' ');
 }
 
-std::string KovraText::instalmentPlan(unsigned code) {
-    if (code == 0) return "single payment";
-    if (code <= 11) return std::to_string(code + 1) + " instalments (merchant)";
-    return std::to_string(code - 10) + " instalments (issuer)";
-}
-
 std::string KovraText::seconds(double value) {
     char text[32];
     std::snprintf(text, sizeof text, "%.2f", value);

@@ -14,9 +14,6 @@ public:
     static size_t width(const std::string& text);
     /// The text followed by blanks up to the given width.
     static std::string padded(const std::string& text, size_t columns);
-    /// The library's instalment code in words: 0 "single payment", 3 "4
-    /// instalments (merchant)", 12 "2 instalments (issuer)".
-    static std::string instalmentPlan(unsigned code);
     /// Seconds with at most two decimals and no trailing zeros: 0.5 -> "0.5".
     static std::string seconds(double value);
 };

@@ -29,7 +29,3 @@ std::vector<std::string> KovraTextTable::lines() const {
     for (const auto& row : rows_) lines.push_back(render(row));
     return lines;
 }
-
-void KovraTextTable::print(std::ostream& out) const {
-    for (const auto& line : lines()) out << line << '\n';
-}

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -10,8 +9,6 @@ public:
     explicit KovraTextTable(std::vector<std::string> headers);
 
     void addRow(std::vector<std::string> cells);
-    size_t rowCount() const { return rows_.size(); }
-    void print(std::ostream& out) const;
     /// The printed lines, without line ends.
     std::vector<std::string> lines() const;
 

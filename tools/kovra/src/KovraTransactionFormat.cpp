@@ -28,15 +28,15 @@ std::string cardText(const std::optional<std::string>& lastDigits) {
     return lastDigits && !lastDigits->empty() ? "**** " + *lastDigits : "-";
 }
 
-}  // namespace
-
-std::string KovraTransactionFormat::instalmentText(const KVRTransactionModel& transaction) {
+// "single payment", "3 instalments (merchant)"...
+std::string instalmentText(const KVRTransactionModel& transaction) {
     int count = transaction.instalmentAmount();
     if (transaction.instalmentType() == 0 || count <= 1) return "single payment";
     return std::to_string(count) + " instalments (" + (transaction.instalmentType() == 2 ? "issuer" : "merchant") + ")";
 }
 
-std::string KovraTransactionFormat::isoDate(const KVRTransactionModel& transaction) {
+// "2025-05-12T17:03:00Z", or empty without a date.
+std::string isoDate(const KVRTransactionModel& transaction) {
     auto date = transaction.date();
     if (!date) return std::string();
     std::time_t seconds = std::chrono::system_clock::to_time_t(*date);
@@ -46,6 +46,8 @@ std::string KovraTransactionFormat::isoDate(const KVRTransactionModel& transacti
     std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &utc);
     return text;
 }
+
+}  // namespace
 
 nlohmann::ordered_json KovraTransactionFormat::toJson(const Transaction& transaction) {
     KVRTransacInfoProvider view(transaction);

@@ -24,8 +24,4 @@ public:
     static std::vector<std::pair<std::string, std::string>> details(const Transaction& transaction);
     static std::vector<std::string> detailLines(const Transaction& transaction, const std::string& indent = "");
     static KovraTextTable table(const std::vector<Transaction>& transactions);
-    /// "single payment", "3 instalments (merchant)"...
-    static std::string instalmentText(const KVRTransactionModel& transaction);
-    /// "2025-05-12T17:03:00Z", or empty without a date.
-    static std::string isoDate(const KVRTransactionModel& transaction);
 };
