@@ -133,7 +133,7 @@ void KovraCli::defineMailCommands() {
 void KovraCli::defineDemo() {
     demo_ = addCommand(app_, "demo",
                        "start the PIN pad and acquirer emulators and run a merchant's whole day against them "
-                       "(needs nothing configured)",
+                       "(needs nothing configured; --info, --data-dir, --pinpad and --json do not apply)",
                        [this](KovraOutput&) {
                            // The demo tells a story: text even with --json.
                            KovraOutput text(false);

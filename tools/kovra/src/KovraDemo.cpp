@@ -88,8 +88,10 @@ void KovraDemo::step(const std::string& title, const std::function<void()>& body
         body();
     } catch (const KovraCommandError& error) {
         say("FAILED: " + std::string(error.what()));
+        std::string logs = environment_->kept() ? "the emulators' logs are in " + environment_->directory()
+                                                : "--keep DIR keeps the emulators' logs";
         throw KovraCommandError::failure("the demo stopped at step " + std::to_string(stepNumber_) + " (" + title +
-                                         ")");
+                                         "); " + logs);
     }
     say("ok (" + KovraText::seconds(secondsSince(start)) + " s)");
 }
