@@ -58,12 +58,19 @@ std::optional<std::string> digitOf(const std::optional<std::string>& code, size_
 
 KVRCommandController::KVRCommandController() : pinpadController_(&KVRPinpadController::sharedController()) {}
 
+// Without a link there is nobody to wait for: a caller that skipped the
+// connection check hears it at once instead of blocking for ever.
+std::shared_ptr<KVRConnectionProtocol> KVRCommandController::link() const {
+    auto connection = pinpadController_ ? pinpadController_->connection() : nullptr;
+    if (!connection) throw KVRException("PinpadNotConnected", "There is no PIN pad link: connect to the PIN pad first.");
+    return connection;
+}
+
 template <class Response>
 std::shared_ptr<Response> KVRCommandController::exchange(KVRBaseCommandRequest& request) {
-    std::shared_ptr<KVRConnectionProtocol> link = pinpadController_ ? pinpadController_->connection() : nullptr;
-    if (!link) throw KVRException("PinpadNotConnected", "There is no PIN pad link: connect to the PIN pad first.");
-    link->sendRequest(request);
-    return std::make_shared<Response>(link->readMessage());
+    auto connection = link();
+    connection->sendRequest(request);
+    return std::make_shared<Response>(connection->readMessage());
 }
 
 std::shared_ptr<KVROpnCommandResponse> KVRCommandController::sendCommandOpn() {
@@ -97,10 +104,9 @@ void KVRCommandController::sendCommandCloWithFirstLine(const char* firstLine, co
 std::shared_ptr<KVRGinCommandResponse> KVRCommandController::sendCommandGin() {
     KVRGinCommandRequest request;
     request.acqidx = 0;
-    std::shared_ptr<KVRConnectionProtocol> link = pinpadController_ ? pinpadController_->connection() : nullptr;
-    if (!link) throw KVRException("PinpadNotConnected", "There is no PIN pad link: connect to the PIN pad first.");
-    link->sendRequest(request);
-    const char* reply = link->readMessage();
+    auto connection = link();
+    connection->sendRequest(request);
+    const char* reply = connection->readMessage();
     KVRLoggingUtil::console(KVRStringUtil::format("Return %s", reply));
     ginResponse_ = std::make_shared<KVRGinCommandResponse>(reply);
     return ginResponse_;

@@ -32,6 +32,8 @@ class KVRPinpadController;
 /// always sends. Every method sends its request on the shared link, blocks
 /// until the PIN pad answers and returns the decoded reply. Call it from the
 /// main worker (KVRQueues::main()), where every PIN pad exchange runs.
+/// Without a link every command raises "PinpadNotConnected"; a link failure
+/// ("PinpadTimeout" when a read time-out is set) passes through.
 class KVRCommandController {
 public:
     /// Acquirer index of this library's tables in the PIN pad (card read and chip processing).
@@ -132,6 +134,7 @@ public:
     static void resetCardVariables();
 
 private:
+    std::shared_ptr<KVRConnectionProtocol> link() const;
     template <class Response>
     std::shared_ptr<Response> exchange(KVRBaseCommandRequest& request);
     std::shared_ptr<KVRGcrCommandResponse> readCard(int32_t applicationType);

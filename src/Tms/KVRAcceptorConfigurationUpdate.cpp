@@ -1,31 +1,21 @@
 #include "Tms/KVRAcceptorConfigurationUpdate.h"
 
+#include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
 
-#include <cstring>
-
-namespace {
-bool named(const TBXMLElement* element, const char* name) { return std::strcmp(element->name, name) == 0; }
-
-// A new element object that reads the element's children.
-template <class Element>
-std::shared_ptr<Element> readNew(const TBXMLElement* element) {
-    auto object = std::make_shared<Element>();
-    object->read(element->firstChild);
-    return object;
-}
-}  // namespace
+using KVRElementReading::named;
+using KVRElementReading::nested;
 
 void KVRContent::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         if (named(e, "MrchntParams")) {
-            merchantParameters = readNew<KVRMerchantParameter>(e);
+            merchantParameters = nested<KVRMerchantParameter>(e);
         } else if (named(e, "TermnlParams")) {
-            terminalParameters = readNew<KVRTerminalParameter>(e);
+            terminalParameters = nested<KVRTerminalParameter>(e);
         } else if (named(e, "HstComParams")) {
-            hostCommunicationParameters = readNew<KVRHostCommunicationParameters>(e);
+            hostCommunicationParameters = nested<KVRHostCommunicationParameters>(e);
         } else if (named(e, "ApplParams")) {
-            appParameters = readNew<KVRApplicationParameter>(e);
+            appParameters = nested<KVRApplicationParameter>(e);
         }
     }
 }
@@ -33,9 +23,9 @@ void KVRContent::read(const TBXMLElement* firstChild) {
 void KVRDataSet::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         if (named(e, "Id")) {
-            identification = readNew<KVRDataSetIdentification>(e);
+            identification = nested<KVRDataSetIdentification>(e);
         } else if (named(e, "Cntt")) {
-            content = readNew<KVRContent>(e);
+            content = nested<KVRContent>(e);
         }
     }
 }
@@ -43,9 +33,9 @@ void KVRDataSet::read(const TBXMLElement* firstChild) {
 void KVRAcceptorConfiguration::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         if (named(e, "POIId")) {
-            poiIdentification = readNew<KVRPoilIdentification>(e);
+            poiIdentification = nested<KVRPoilIdentification>(e);
         } else if (named(e, "DataSet")) {
-            dataSet = readNew<KVRDataSet>(e);
+            dataSet = nested<KVRDataSet>(e);
         }
     }
 }
@@ -53,11 +43,11 @@ void KVRAcceptorConfiguration::read(const TBXMLElement* firstChild) {
 void KVRAcceptorConfigurationUpdateData::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         if (named(e, "Hdr")) {
-            header = readNew<KVRTmsHeader>(e);
+            header = nested<KVRTmsHeader>(e);
         } else if (named(e, "AccptrCfgtn")) {
-            acceptorConfiguration = readNew<KVRAcceptorConfiguration>(e);
+            acceptorConfiguration = nested<KVRAcceptorConfiguration>(e);
         } else if (named(e, "SctyTrlr")) {
-            securityTrailer = readNew<KVRSecurityTrailer>(e);
+            securityTrailer = nested<KVRSecurityTrailer>(e);
         }
     }
 }
@@ -69,5 +59,5 @@ void KVRAcceptorConfigurationUpdate::read(const std::string& body) {
     if (error) return;
     const TBXMLElement* element = xml.rootXMLElement();
     while (element && !named(element, "AccptrCfgtnUpd")) element = element->firstChild;
-    if (element) data = readNew<KVRAcceptorConfigurationUpdateData>(element);
+    if (element) data = nested<KVRAcceptorConfigurationUpdateData>(element);
 }

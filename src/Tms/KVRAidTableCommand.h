@@ -48,7 +48,7 @@ public:
     KVRFixedText<40> T1_TDOLDEF;
     KVRFixedText<40> T1_DDOLDEF;
     KVRFixedText<8> T1_ARCOFFLN;
-    // Part of the PIN pad's record definition but not of the record sent.
+    // In the PIN pad's record definition, but never filled nor sent.
     KVRFixedText<10> T1_CTLSTACDEF;
     KVRFixedText<10> T1_CTLSTACDEN;
     KVRFixedText<10> T1_CTLSTACONL;

@@ -2,55 +2,33 @@
 
 #include <kovra/KVRException.h>
 
+#include "Host/KVRHostMessageFixtures.h"
 #include "Host/XMLWriter.h"
 #include "Tms/KVRStatusReportFactory.h"
 #include "Utils/KVRClock.h"
 
-#include <ctime>
-#include <fstream>
 #include <functional>
-#include <sstream>
 
 namespace {
 
-std::string expectedDocument(const std::string& name) {
-    std::ifstream in(std::string(KOVRA_TEST_DATA_DIR) + "/" + name, std::ios::binary);
-    EXPECT_TRUE(in) << name;
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-// 2024-05-03 09:07:05 on the machine's own clock face, whatever its time zone,
-// so the expected documents can be written by hand.
-KVRClock::TimePoint localMorning() {
-    std::tm tm{};
-    tm.tm_year = 2024 - 1900;
-    tm.tm_mon = 4;
-    tm.tm_mday = 3;
-    tm.tm_hour = 9;
-    tm.tm_min = 7;
-    tm.tm_sec = 5;
-    tm.tm_isdst = -1;
-    return std::chrono::system_clock::from_time_t(std::mktime(&tm));
-}
-
 class KVRStatusReportTest : public ::testing::Test {
 protected:
+    // 09:07:05 on the machine's own clock face, whatever its time zone, so the
+    // expected documents can be written by hand.
     void SetUp() override {
-        KVRClock::setNowProvider([] { return localMorning(); });
+        KVRClock::setNowProvider([] { return kvrtest::localTime(2024, 5, 3, 9, 7, 5); });
     }
     void TearDown() override { KVRClock::setNowProvider({}); }
 };
 
 TEST_F(KVRStatusReportTest, EnrolmentReportMatchesTheExpectedDocumentWithTheKovraCodeEscaped) {
     auto report = KVRStatusReportFactory::statusReportWithKovraCode("Padaria \"São João\" <Açaí & Cia> d'Ávila");
-    EXPECT_EQ(report->write(), expectedDocument("tms_status_report_kovracode.xml"));
+    EXPECT_EQ(report->write(), kvrtest::testData("status-report-kovracode.xml"));
 }
 
 TEST_F(KVRStatusReportTest, TableDownloadReportMatchesTheExpectedDocument) {
     auto report = KVRStatusReportFactory::statusReportWithSaleAffiliationKey("7C1F0A52-SAK-0001");
-    EXPECT_EQ(report->write(), expectedDocument("tms_status_report_sale_affiliation_key.xml"));
+    EXPECT_EQ(report->write(), kvrtest::testData("status-report-sale-affiliation-key.xml"));
 }
 
 TEST_F(KVRStatusReportTest, EmptyKovraCodeIsSentAsAnEmptyIdentification) {

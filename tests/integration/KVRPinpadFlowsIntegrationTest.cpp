@@ -49,6 +49,7 @@ protected:
         ASSERT_TRUE(ready) << "the PIN pad emulator did not start";
         KVRApplicationInfo::setValue("Kovra Pinpad", ready->substr(kPinpadReady.size()));
         KVRApplicationInfo::setValue("Kovra Reachability Host", std::string("127.0.0.1"));
+        KVRApplicationInfo::setValue("Kovra Debugginho Developer", true);
         // A request the emulator refuses gets no reply: fail the exchange rather than the whole run.
         KVRApplicationInfo::setValue("Kovra Pinpad Read Timeout", 20.0);
 #endif
@@ -102,6 +103,10 @@ protected:
         return recorder.calls().empty() ? KVRCardPanRecorder::Call{} : recorder.calls().front();
     }
 
+    std::string acquirerLog() const {
+        std::ifstream in(acquirerState_.file("requests.log"));
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    }
     std::string commandLogPath() const { return logDirectory_.file("commands.log"); }
     std::vector<std::string> commandLog() const {
         std::vector<std::string> lines;
@@ -153,7 +158,7 @@ TEST_F(PinpadFlowsIntegrationTest, EnrolDownloadAndLoadTurnTheCardReadFromTwenty
     EXPECT_EQ(before.error->code(), 304) << "the emulator's tables are not loaded yet";
 
     auto enrolled = completed([](KVRCompletion block) { KVRKovraCodeActivationProvider::activateKovraCode("KOVRA-0001", block); });
-    ASSERT_TRUE(enrolled.success) << (enrolled.error ? enrolled.error->description() : "");
+    ASSERT_TRUE(enrolled.success) << (enrolled.error ? enrolled.error->description() : "") << log_.text() << acquirerLog();
     auto downloaded = completed(KVRTableDownloaderProvider::downLoadTables);
     ASSERT_TRUE(downloaded.success) << (downloaded.error ? downloaded.error->description() : "");
     ASSERT_TRUE(KVRTmsTableModel::findFirst());

@@ -160,6 +160,10 @@ void AcquirerServer::run() {
     server_->listen_after_bind();
 }
 
+bool AcquirerServer::running() const {
+    return server_->is_running();
+}
+
 void AcquirerServer::stop() {
     stopping_.raise();
     server_->stop();

@@ -40,6 +40,8 @@ public:
     int bind(int port);
     // Serves until stop(); returns afterwards.
     void run();
+    // True once run() accepts connections; a stop() before that is lost.
+    bool running() const;
     // From any thread; wakes answers that are being held back.
     void stop();
 

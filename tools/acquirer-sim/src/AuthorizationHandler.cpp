@@ -188,6 +188,38 @@ std::string htmlErrorPage() {
            "<body><h1>Internal Server Error</h1><p>The authorisation service is unavailable.</p></body></html>\n";
 }
 
+std::string responseDocument(const AuthorisationRequestFacts& facts, const AuthorisationRecord& record) {
+    XmlReply reply(kReplyNamespace);
+    pugi::xml_node message = XmlReply::element(reply.document(), "AccptrAuthstnRspn");
+    pugi::xml_node header = XmlReply::element(message, "Hdr");
+    XmlReply::leaf(header, "MsgFctn", "AUTP");
+    XmlReply::leaf(header, "PrtcolVrsn", "2.0");
+    XmlReply::leaf(header, "CreDtTm", SimTime::localDateTime());
+    pugi::xml_node response = XmlReply::element(message, "AuthstnRspn");
+    XmlReply::leaf(XmlReply::element(XmlReply::element(response, "Envt"), "MrchntId"), "Id", facts.merchantId);
+    pugi::xml_node transaction = XmlReply::element(response, "Tx");
+    pugi::xml_node id = XmlReply::element(transaction, "TxId");
+    XmlReply::leaf(id, "TxDtTm", record.time);
+    XmlReply::leaf(id, "TxRef", facts.reference);
+    XmlReply::leaf(transaction, "RcptTxId", record.receiptId);
+    pugi::xml_node details = XmlReply::element(transaction, "TxDtls");
+    XmlReply::leaf(details, "Ccy", "986");
+    XmlReply::leaf(details, "TtlAmt", facts.amount);
+    XmlReply::leaf(details, "AcctTp", facts.accountType);
+    if (!facts.cardRequestData.empty()) {
+        XmlReply::leaf(details, "ICCRltdData",
+                       IssuerChipData::build(record.response, facts.cardRequestData, record.receiptId));
+    }
+    pugi::xml_node result = XmlReply::element(XmlReply::element(response, "TxRspn"), "AuthstnRslt");
+    pugi::xml_node decision = XmlReply::element(result, "RspnToAuthstn");
+    XmlReply::leaf(decision, "Rspn", record.response);
+    if (record.response != "APPR") {
+        XmlReply::leaf(decision, "RspnRsn", "decided by the amount rule for the amount " + facts.amount);
+    }
+    XmlReply::leaf(result, "AuthstnCd", record.authorisationCode);
+    return reply.text();
+}
+
 } // namespace
 
 AuthorizationHandler::AuthorizationHandler(const MerchantDirectory& merchants, SimState& state, double lateAnswerSeconds)
@@ -219,51 +251,18 @@ AuthorisationRequestFacts AuthorizationHandler::check(pugi::xml_node message) co
 
 SimReply AuthorizationHandler::answer(const AuthorisationRequestFacts& facts, const std::string& responseCode,
                                       double delaySeconds) {
-    AuthorisationRecord record{state_.nextReceiptId(),
-                               facts.initiatorId,
-                               facts.reference,
-                               facts.merchantId,
-                               facts.amount,
-                               responseCode,
-                               responseCode == "APPR" || responseCode == "PART" ? newAuthorisationCode() : "000000",
+    const bool approved = responseCode == "APPR" || responseCode == "PART";
+    AuthorisationRecord record{state_.nextReceiptId(), facts.initiatorId, facts.reference, facts.merchantId,
+                               facts.amount,           responseCode,      approved ? newAuthorisationCode() : "000000",
                                SimTime::localDateTime()};
     state_.recordAuthorisation(record);
 
-    XmlReply reply(kReplyNamespace);
-    pugi::xml_node message = XmlReply::element(reply.document(), "AccptrAuthstnRspn");
-    pugi::xml_node header = XmlReply::element(message, "Hdr");
-    XmlReply::leaf(header, "MsgFctn", "AUTP");
-    XmlReply::leaf(header, "PrtcolVrsn", "2.0");
-    XmlReply::leaf(header, "CreDtTm", SimTime::localDateTime());
-    pugi::xml_node response = XmlReply::element(message, "AuthstnRspn");
-    XmlReply::leaf(XmlReply::element(XmlReply::element(response, "Envt"), "MrchntId"), "Id", facts.merchantId);
-    pugi::xml_node transaction = XmlReply::element(response, "Tx");
-    pugi::xml_node id = XmlReply::element(transaction, "TxId");
-    XmlReply::leaf(id, "TxDtTm", record.time);
-    XmlReply::leaf(id, "TxRef", facts.reference);
-    XmlReply::leaf(transaction, "RcptTxId", record.receiptId);
-    pugi::xml_node details = XmlReply::element(transaction, "TxDtls");
-    XmlReply::leaf(details, "Ccy", "986");
-    XmlReply::leaf(details, "TtlAmt", facts.amount);
-    XmlReply::leaf(details, "AcctTp", facts.accountType);
-    if (!facts.cardRequestData.empty()) {
-        XmlReply::leaf(details, "ICCRltdData", IssuerChipData::build(responseCode, facts.cardRequestData, record.receiptId));
-    }
-    pugi::xml_node result = XmlReply::element(XmlReply::element(response, "TxRspn"), "AuthstnRslt");
-    pugi::xml_node decision = XmlReply::element(result, "RspnToAuthstn");
-    XmlReply::leaf(decision, "Rspn", responseCode);
-    if (responseCode != "APPR") {
-        XmlReply::leaf(decision, "RspnRsn", "decided by the amount rule for the amount " + facts.amount);
-    }
-    XmlReply::leaf(result, "AuthstnCd", record.authorisationCode);
-
-    std::string outcome = responseCode + " amount=" + facts.amount + " rcpt=" + record.receiptId;
+    std::ostringstream outcome;
+    outcome << responseCode << " amount=" << facts.amount << " rcpt=" << record.receiptId;
     if (delaySeconds > 0) {
-        std::ostringstream late;
-        late << " answered after " << delaySeconds << " s";
-        outcome += late.str();
+        outcome << " answered after " << delaySeconds << " s";
     }
-    return SimReply{200, "text/xml", reply.text(), outcome, delaySeconds};
+    return SimReply{200, "text/xml", responseDocument(facts, record), outcome.str(), delaySeconds};
 }
 
 } // namespace acqsim

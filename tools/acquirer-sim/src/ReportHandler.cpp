@@ -106,24 +106,8 @@ SimReply unknownMerchant(const std::string& what) {
     return SimReply{200, "text/xml", XmlReply::rejection("UNPR", what), "rejected: " + what};
 }
 
-} // namespace
-
-ReportHandler::ReportHandler(const MerchantDirectory& merchants, SimState& state)
-    : merchants_(merchants), state_(state) {}
-
-SimReply ReportHandler::handle(const std::string& body) {
-    pugi::xml_document doc;
-    pugi::xml_node outer = XmlCheck::openEnvelope(doc, body, kRequestNamespace, "StsRpt");
-    XmlCheck::order(outer, {"Hdr", "StsRpt", "SctyTrlr"});
-    checkHeader(XmlCheck::child(outer, "Hdr"));
-    pugi::xml_node inner = XmlCheck::child(outer, "StsRpt");
-    XmlCheck::order(inner, {"POIId", "DataSet"}, {"DataSet"});
-    pugi::xml_node poi = XmlCheck::child(inner, "POIId");
-    XmlCheck::order(poi, {"Tp", "Issr", "Id", "ShrtNm"});
-    return poi.child("Id") ? downloadTables(outer) : enrol(outer);
-}
-
-SimReply ReportHandler::enrol(pugi::xml_node report) {
+// The enrolment variant: names the merchant by KovraCode; returns the code.
+std::string checkEnrolment(pugi::xml_node report) {
     pugi::xml_node inner = report.child("StsRpt");
     pugi::xml_node poi = inner.child("POIId");
     expectValue(poi, "Tp", "OPOI");
@@ -142,7 +126,6 @@ SimReply ReportHandler::enrol(pugi::xml_node report) {
     expectValue(merchantComponent, "Tp", "MRPR");
     pugi::xml_node merchantId = merchantComponent.child("Id");
     expectValue(merchantId, "PrvdrId", "KOVRACODE");
-    std::string kovraCode = XmlCheck::text(merchantId, "Id");
     expectValue(terminalComponent, "Tp", "TERM");
     for (const char* tag : {"Id", "PrvdrId", "SrlNb"}) {
         expectValue(terminalComponent.child("Id"), tag, "Mobile");
@@ -151,28 +134,16 @@ SimReply ReportHandler::enrol(pugi::xml_node report) {
     pugi::xml_node trailer = XmlCheck::child(report, "SctyTrlr");
     XmlCheck::order(trailer, {"CnttTp"});
     expectValue(trailer, "CnttTp", "DATA");
-
-    const Merchant* merchant = merchants_.findByKovraCode(kovraCode);
-    if (merchant == nullptr) {
-        return unknownMerchant("unknown KovraCode \"" + kovraCode + "\"");
-    }
-    state_.noteEnrolment(merchant->kovraCode, merchant->saleAffiliationKey);
-    XmlReply reply(kReplyNamespace);
-    pugi::xml_node configuration = XmlReply::element(configurationUpdate(reply, false), "AccptrCfgtn");
-    pugi::xml_node poiReply = XmlReply::element(configuration, "POIId");
-    XmlReply::leaf(poiReply, "Tp", "OPOI");
-    XmlReply::leaf(poiReply, "Issr", "TMGT");
-    XmlReply::leaf(poiReply, "Id", merchant->kovraCode);
-    writeMerchantParameters(dataSetContent(configuration, "MRPR", "MERCHANT"), *merchant);
-    return SimReply{200, "text/xml", reply.text(), "merchant parameters for " + merchant->kovraCode};
+    return XmlCheck::text(merchantId, "Id");
 }
 
-SimReply ReportHandler::downloadTables(pugi::xml_node report) {
+// The table-download variant: names the merchant by sale affiliation key and
+// asks for four data sets in a fixed order; returns the key.
+std::string checkTableDownload(pugi::xml_node report) {
     pugi::xml_node inner = report.child("StsRpt");
     pugi::xml_node poi = inner.child("POIId");
     XmlCheck::absent(poi, "Tp");
     XmlCheck::absent(poi, "Issr");
-    std::string key = XmlCheck::text(poi, "Id");
     std::vector<pugi::xml_node> sets = dataSetsOf(inner);
     const char* names[] = {"AIDS", "CARDBRANDS", "CAPKS", "BINS"};
     if (sets.size() != std::size(names)) {
@@ -187,12 +158,21 @@ SimReply ReportHandler::downloadTables(pugi::xml_node report) {
         expectValue(wanted, "Vrsn", "1");
         expectValue(wanted, "Nm", names[i]);
     }
+    return XmlCheck::text(poi, "Id");
+}
 
-    const Merchant* merchant = merchants_.findBySaleAffiliationKey(key);
-    if (merchant == nullptr) {
-        return unknownMerchant("unknown sale affiliation key \"" + key + "\"");
-    }
-    state_.noteTableDownload(merchant->kovraCode, merchant->saleAffiliationKey);
+std::string merchantParameters(const Merchant& merchant) {
+    XmlReply reply(kReplyNamespace);
+    pugi::xml_node configuration = XmlReply::element(configurationUpdate(reply, false), "AccptrCfgtn");
+    pugi::xml_node poi = XmlReply::element(configuration, "POIId");
+    XmlReply::leaf(poi, "Tp", "OPOI");
+    XmlReply::leaf(poi, "Issr", "TMGT");
+    XmlReply::leaf(poi, "Id", merchant.kovraCode);
+    writeMerchantParameters(dataSetContent(configuration, "MRPR", "MERCHANT"), merchant);
+    return reply.text();
+}
+
+std::string emvTables(const std::string& key) {
     XmlReply reply(kReplyNamespace);
     pugi::xml_node configuration = XmlReply::element(configurationUpdate(reply, true), "AccptrCfgtn");
     XmlReply::leaf(XmlReply::element(configuration, "POIId"), "Id", key);
@@ -201,7 +181,44 @@ SimReply ReportHandler::downloadTables(pugi::xml_node report) {
     EmvTables::writeCapkTable(terminal);
     EmvTables::writeCardBrands(terminal);
     EmvTables::writeBinRanges(terminal);
-    return SimReply{200, "text/xml", reply.text(), "EMV tables for " + merchant->kovraCode};
+    return reply.text();
+}
+
+} // namespace
+
+ReportHandler::ReportHandler(const MerchantDirectory& merchants, SimState& state)
+    : merchants_(merchants), state_(state) {}
+
+SimReply ReportHandler::handle(const std::string& body) {
+    pugi::xml_document doc;
+    pugi::xml_node outer = XmlCheck::openEnvelope(doc, body, kRequestNamespace, "StsRpt");
+    XmlCheck::order(outer, {"Hdr", "StsRpt", "SctyTrlr"});
+    checkHeader(XmlCheck::child(outer, "Hdr"));
+    pugi::xml_node inner = XmlCheck::child(outer, "StsRpt");
+    XmlCheck::order(inner, {"POIId", "DataSet"}, {"DataSet"});
+    pugi::xml_node poi = XmlCheck::child(inner, "POIId");
+    XmlCheck::order(poi, {"Tp", "Issr", "Id", "ShrtNm"});
+    return poi.child("Id") ? downloadTables(outer) : enrol(outer);
+}
+
+SimReply ReportHandler::enrol(pugi::xml_node report) {
+    const std::string kovraCode = checkEnrolment(report);
+    const Merchant* merchant = merchants_.findByKovraCode(kovraCode);
+    if (merchant == nullptr) {
+        return unknownMerchant("unknown KovraCode \"" + kovraCode + "\"");
+    }
+    state_.noteEnrolment(merchant->kovraCode, merchant->saleAffiliationKey);
+    return SimReply{200, "text/xml", merchantParameters(*merchant), "merchant parameters for " + merchant->kovraCode};
+}
+
+SimReply ReportHandler::downloadTables(pugi::xml_node report) {
+    const std::string key = checkTableDownload(report);
+    const Merchant* merchant = merchants_.findBySaleAffiliationKey(key);
+    if (merchant == nullptr) {
+        return unknownMerchant("unknown sale affiliation key \"" + key + "\"");
+    }
+    state_.noteTableDownload(merchant->kovraCode, merchant->saleAffiliationKey);
+    return SimReply{200, "text/xml", emvTables(key), "EMV tables for " + merchant->kovraCode};
 }
 
 } // namespace acqsim

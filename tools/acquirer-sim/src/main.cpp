@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <iostream>
 #include <thread>
 
@@ -47,12 +48,19 @@ int serve(const acqsim::SimOptions& options, const std::filesystem::path& caFile
     const int port = server.bind(options.port);
 
     std::atomic<bool> stopping = false;
+    std::atomic<bool> finished = false;
     std::thread serving([&] {
         server.run();
+        finished = true;
         if (!stopping) {
             kill(getpid(), SIGTERM);
         }
     });
+    // Only a running server can be stopped; until then a stop signal stays
+    // pending, and the ready line promises a server that answers.
+    while (!server.running() && !finished) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
     std::cout << "kovra-acquirer-sim ready at https://127.0.0.1:" << port << "\n"
               << "ca: " << caFile.string() << std::endl;
     int received = 0;

@@ -120,9 +120,15 @@ TEST(LifecycleTest, EveryRequestIsLoggedAndUnknownRoutesAnswer404) {
     EXPECT_NE(log[3].find("POST /Report 200 merchant parameters for KOVRA-0001"), std::string::npos);
 }
 
-TEST(LifecycleTest, NothingReachesTheLogWithoutARequest) {
-    SimSession session;
-    EXPECT_TRUE(session.process().requestLog().empty());
+// A stop signal right after the ready line must not be lost.
+TEST(LifecycleTest, StopsCleanlyRightAfterItIsReady) {
+    TempDir directory;
+    for (int round = 0; round < 3; ++round) {
+        SimProcess process(directory.path());
+        EXPECT_EQ(process.stop(), 0) << "round " << round;
+    }
+    std::ifstream log(directory.path() / "requests.log");
+    EXPECT_EQ(log.peek(), std::ifstream::traits_type::eof()) << "something was logged without a request";
 }
 
 TEST(LifecycleTest, MerchantFileReplacesTheDefaults) {

@@ -18,6 +18,7 @@ extern char** environ;
 namespace {
 
 constexpr int kReadyTimeoutMs = 20000;
+constexpr auto kStopTimeout = std::chrono::seconds(10);
 constexpr const char* kReadyPrefix = "kovra-acquirer-sim ready at ";
 
 std::vector<char*> argvOf(std::vector<std::string>& arguments) {
@@ -49,10 +50,29 @@ pid_t spawn(std::vector<std::string> arguments, int outFd, int errFd) {
     return pid;
 }
 
+int statusOf(int status) {
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
 int waitFor(pid_t pid) {
     int status = 0;
     waitpid(pid, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return statusOf(status);
+}
+
+// Waits up to `timeout` for the child to end; kills it after that.
+int waitOrKill(pid_t pid, std::chrono::milliseconds timeout) {
+    auto deadline = std::chrono::steady_clock::now() + timeout;
+    int status = 0;
+    while (waitpid(pid, &status, WNOHANG) == 0) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            kill(pid, SIGKILL);
+            waitpid(pid, &status, 0);
+            return kStopTimedOut;
+        }
+        poll(nullptr, 0, 5);
+    }
+    return statusOf(status);
 }
 
 std::string drain(int fd) {
@@ -138,7 +158,7 @@ int SimProcess::stop() {
         return -1;
     }
     kill(pid_, SIGTERM);
-    int status = waitFor(pid_);
+    int status = waitOrKill(pid_, kStopTimeout);
     pid_ = -1;
     return status;
 }

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+inline constexpr int kStopTimedOut = -2;
+
 // Runs kovra-acquirer-sim as a child process on --port 0 with the given
 // state directory, and waits for its two ready lines.
 class SimProcess {
@@ -24,7 +26,8 @@ public:
     // The request log's lines so far.
     std::vector<std::string> requestLog() const;
 
-    // SIGTERM, then waits; returns the exit status (-1 when killed by a signal).
+    // SIGTERM, then waits; returns the exit status (-1 when killed by a
+    // signal, kStopTimedOut when it had to be killed after ten seconds).
     int stop();
 
     // Runs the binary to completion with `arguments`; returns its exit status
