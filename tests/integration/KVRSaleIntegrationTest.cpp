@@ -251,4 +251,27 @@ TEST_F(SaleIntegrationTest, AChipCardSwipedIsRefused) {
     EXPECT_TRUE(storedSales().empty());
 }
 
+TEST_F(SaleIntegrationTest, APinpadLostDuringTheSaleEndsIt) {
+    // Unplugged while the chip is processed: nothing went to the acquirer.
+    start("chip-visa", {R"({"command": "GOC", "hangup": "instead"})"});
+    KVRApplicationInfo::setValue("Kovra Pinpad Read Timeout", 1.0);
+    auto lost = sell(1000);
+    EXPECT_EQ(lost.error, KVRErrors::transactionTimeout());
+    for (const auto& line : emulators_->acquirerLog()) EXPECT_EQ(line.find("/Authorize"), std::string::npos) << line;
+    EXPECT_TRUE(storedSales().empty());
+}
+
+TEST_F(SaleIntegrationTest, APinpadSilentAfterTheApprovalHasTheSaleCancelledAtTheAcquirer) {
+    start("chip-visa", {R"({"command": "FNC", "silence": true})"});
+    KVRApplicationInfo::setValue("Kovra Pinpad Read Timeout", 1.0);
+    auto call = sell(1000);
+    EXPECT_EQ(call.error, KVRErrors::transactionAutoCancel());
+    auto log = emulators_->acquirerLog();
+    EXPECT_TRUE(std::any_of(log.begin(), log.end(),
+                            [](const std::string& line) { return line.find("/CancellationAdvice 200 cancel APPR") != std::string::npos; }));
+    auto sales = storedSales();
+    ASSERT_EQ(sales.size(), 1u) << "the approved sale is kept, as cancelled";
+    EXPECT_EQ(sales[0]->status(), 5);
+}
+
 }  // namespace
