@@ -14,6 +14,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include "support/KVRLocalTime.h"
 
 namespace kvrtest {
 
@@ -61,18 +62,6 @@ inline std::string gocReply(const std::string& pinBlock, const std::string& keyS
 /// A PIN entry reply (GPN).
 inline std::string gpnReply(const std::string& pinBlock, const std::string& keySerialNumber) {
     return withHeader("GPN", pad(pinBlock, 16) + pad(keySerialNumber, 20));
-}
-
-inline std::chrono::system_clock::time_point localTime(int year, int month, int day, int hour, int minute, int second) {
-    std::tm fields{};
-    fields.tm_year = year - 1900;
-    fields.tm_mon = month - 1;
-    fields.tm_mday = day;
-    fields.tm_hour = hour;
-    fields.tm_min = minute;
-    fields.tm_sec = second;
-    fields.tm_isdst = -1;
-    return std::chrono::system_clock::from_time_t(std::mktime(&fields));
 }
 
 /// Now is 17 May 2024, 14:32:05 local time, and every UUID is the same one,

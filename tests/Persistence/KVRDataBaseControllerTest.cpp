@@ -12,12 +12,11 @@
 #include "support/KVRFakeExchange.h"
 #include "support/KVRLogCapture.h"
 #include "support/KVRTemporaryStore.h"
+#include "support/KVRWaitUntil.h"
 
 #include <sqlite3.h>
 
 #include <atomic>
-#include <chrono>
-#include <thread>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -86,6 +85,15 @@ LegacyRow approvedCredit() {
 LegacyRow declinedDebit() {
     return {"990", "06/03/2024 - 09:30", "Transação Negada", "Débito", "0", "ORDER-2", "A0000000043060",
             "9F26ARQ2", "RCPT-2", "REF-2", "************0027", "MAESTRO", "JOAO SOUZA", "654321", std::nullopt};
+}
+
+bool twoSavedTransactions() {
+    auto transactions = KVRTransactionModel::findAll();
+    if (transactions.size() != 2) return false;
+    for (const auto& t : transactions) {
+        if (t->hasChanges()) return false;
+    }
+    return true;
 }
 
 std::string fileBytes(const std::string& path) {
@@ -280,11 +288,7 @@ TEST_F(DataBaseControllerTest, TheMerchantOfRegisterPlistIsEnrolledAndThenGetsTh
     controller().migrateDatabase();
 
     // The rows are copied on the pool once enrolment has finished.
-    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (KVRTransactionModel::findAll().size() < 2 && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    ASSERT_EQ(KVRTransactionModel::findAll().size(), 2u);
+    ASSERT_TRUE(kvrWaitUntil(twoSavedTransactions));
     auto merchant = KVRMerchantModel::findFirstByAttribute("kovracode", "KOVRA-7");
     ASSERT_TRUE(merchant);
     EXPECT_EQ(merchant->saleAffiliationKey(), "SAK-7");

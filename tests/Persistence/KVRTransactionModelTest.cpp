@@ -6,19 +6,9 @@
 
 #include <ctime>
 #include <ostream>
+#include "support/KVRLocalTime.h"
 
 namespace {
-
-std::chrono::system_clock::time_point localTime(int year, int month, int day, int hour, int minute) {
-    std::tm fields{};
-    fields.tm_year = year - 1900;
-    fields.tm_mon = month - 1;
-    fields.tm_mday = day;
-    fields.tm_hour = hour;
-    fields.tm_min = minute;
-    fields.tm_isdst = -1;
-    return std::chrono::system_clock::from_time_t(std::mktime(&fields));
-}
 
 class KVRTransactionModelTest : public ::testing::Test {
 protected:
@@ -52,9 +42,9 @@ TEST_F(KVRTransactionModelTest, TypeTextAndAccountTypeByType) {
 
 TEST_F(KVRTransactionModelTest, DateTextIsDayMonthYearDashHourMinuteInLocalTime) {
     EXPECT_EQ(transaction->dateString(), "");
-    transaction->setDate(localTime(2024, 3, 5, 14, 7));
+    transaction->setDate(kvrtest::localTime(2024, 3, 5, 14, 7));
     EXPECT_EQ(transaction->dateString(), "05/03/2024 - 14:07");
-    transaction->setDate(localTime(1999, 12, 31, 0, 59));
+    transaction->setDate(kvrtest::localTime(1999, 12, 31, 0, 59));
     EXPECT_EQ(transaction->dateString(), "31/12/1999 - 00:59");
 }
 

@@ -8,12 +8,12 @@
 #include "Pinpad/KVRPinpadController.h"
 #include "Utils/KVRClock.h"
 #include "support/KVREmvTableSamples.h"
+#include "support/KVRLocalTime.h"
 #include "support/KVRLogCapture.h"
 #include "support/KVRPinpadReplies.h"
 #include "support/KVRScriptedPinpad.h"
 #include "support/KVRTemporaryStore.h"
 
-#include <ctime>
 #include <map>
 
 namespace {
@@ -99,15 +99,7 @@ TEST_F(CommandControllerTest, FixedRequestsCarryTheLibrarysValues) {
 }
 
 TEST_F(CommandControllerTest, CardReadSendsStampAcquirerAndTheClockOfTheRequest) {
-    std::tm local{};
-    local.tm_year = 2015 - 1900;
-    local.tm_mon = 2;
-    local.tm_mday = 3;
-    local.tm_hour = 14;
-    local.tm_min = 30;
-    local.tm_sec = 5;
-    local.tm_isdst = -1;
-    auto moment = std::chrono::system_clock::from_time_t(std::mktime(&local));
+    auto moment = kvrtest::localTime(2015, 3, 3, 14, 30, 5);
     KVRClock::setNowProvider([moment] { return moment; });
     answerCardReads({}, 0);
 

@@ -8,6 +8,7 @@
 #include <ctime>
 #include <functional>
 #include <string>
+#include "support/KVRLocalTime.h"
 
 namespace {
 
@@ -23,25 +24,13 @@ std::optional<KVRException> raised(const std::function<void()>& write) {
     return std::nullopt;
 }
 
-std::chrono::system_clock::time_point localTime(int year, int month, int day, int hour, int minute, int second) {
-    std::tm tm{};
-    tm.tm_year = year - 1900;
-    tm.tm_mon = month - 1;
-    tm.tm_mday = day;
-    tm.tm_hour = hour;
-    tm.tm_min = minute;
-    tm.tm_sec = second;
-    tm.tm_isdst = -1;
-    return std::chrono::system_clock::from_time_t(std::mktime(&tm));
-}
-
 TEST(KVRCommandRequestBuilder, WritersPadAndAlignToTheirWidths) {
     struct Case {
         const char* name;
         std::function<void(Builder&)> write;
         std::string expected;
     };
-    auto at = localTime(2015, 3, 3, 13, 5, 9);
+    auto at = kvrtest::localTime(2015, 3, 3, 13, 5, 9);
     const Case cases[] = {
         {"int padded with zeros", [](Builder& b) { b.appendInt(8, 2); }, "08"},
         {"int exactly its width", [](Builder& b) { b.appendInt(99, 2); }, "99"},

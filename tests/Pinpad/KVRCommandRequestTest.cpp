@@ -20,6 +20,7 @@
 #include <ctime>
 #include <memory>
 #include <string>
+#include "support/KVRLocalTime.h"
 
 namespace {
 
@@ -95,20 +96,8 @@ TEST(KVRCommandRequest, TableLoadCountsTheRecordsItCarries) {
     EXPECT_EQ(textOf(none), "TLR00200");
 }
 
-std::chrono::system_clock::time_point localTime(int year, int month, int day, int hour, int minute, int second) {
-    std::tm tm{};
-    tm.tm_year = year - 1900;
-    tm.tm_mon = month - 1;
-    tm.tm_mday = day;
-    tm.tm_hour = hour;
-    tm.tm_min = minute;
-    tm.tm_sec = second;
-    tm.tm_isdst = -1;
-    return std::chrono::system_clock::from_time_t(std::mktime(&tm));
-}
-
 TEST(KVRCommandRequest, CardReadCarriesTheClockOnTheTwelveHourDial) {
-    auto at = localTime(2015, 3, 3, 14, 30, 5);
+    auto at = kvrtest::localTime(2015, 3, 3, 14, 30, 5);
     KVRClock::setNowProvider([at] { return at; });
     KVRGcrCommandRequest gcr;
     KVRClock::setNowProvider({});

@@ -22,6 +22,7 @@
 #include "support/KVRPinpadReplies.h"
 #include "support/KVRScriptedPinpad.h"
 #include "support/KVRTemporaryStore.h"
+#include "support/KVRWaitUntil.h"
 
 #include <condition_variable>
 #include <filesystem>
@@ -232,13 +233,13 @@ TEST_F(QueryProvidersTest, UserViewOfRegisterPlistReEnrolsItsMerchant) {
     EXPECT_EQ(user.address, "Rua Augusta 10, Consolação, SP");
     EXPECT_EQ(user.kovracode, "KOVRA-OLD");
 
-    // The enrolment completes on the pool with nobody listening.
-    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (!KVRMerchantModel::findFirst() && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    auto merchant = KVRMerchantModel::findFirstByAttribute("kovracode", "KOVRA-OLD");
-    ASSERT_TRUE(merchant);
+    // The enrolment completes on the pool with nobody listening; it is done
+    // when the merchant is saved.
+    std::shared_ptr<KVRMerchantModel> merchant;
+    ASSERT_TRUE(kvrWaitUntil([&] {
+        merchant = KVRMerchantModel::findFirstByAttribute("kovracode", "KOVRA-OLD");
+        return merchant && !merchant->hasChanges();
+    }));
     EXPECT_EQ(merchant->saleAffiliationKey(), "SAK-9");
     EXPECT_EQ(host.count(), 1u);
 }

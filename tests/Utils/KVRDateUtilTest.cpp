@@ -3,36 +3,25 @@
 #include "Utils/KVRDateUtil.h"
 
 #include <ctime>
+#include "support/KVRLocalTime.h"
 
 namespace {
 
-KVRDateUtil::TimePoint local(int y, int mo, int d, int h, int mi, int s) {
-    std::tm tm{};
-    tm.tm_year = y - 1900;
-    tm.tm_mon = mo - 1;
-    tm.tm_mday = d;
-    tm.tm_hour = h;
-    tm.tm_min = mi;
-    tm.tm_sec = s;
-    tm.tm_isdst = -1;
-    return std::chrono::system_clock::from_time_t(std::mktime(&tm));
-}
-
 TEST(KVRDateUtil, FormatsEveryPatternTheLibraryUses) {
-    auto date = local(2015, 3, 3, 13, 5, 9);
+    auto date = kvrtest::localTime(2015, 3, 3, 13, 5, 9);
     EXPECT_EQ(KVRDateUtil::dateStringWithFormat("yyyy-MM-dd'T'HH:mm:ss", date), "2015-03-03T13:05:09");
     EXPECT_EQ(KVRDateUtil::dateStringWithFormat("yyyy-MM", date), "2015-03");
     EXPECT_EQ(KVRDateUtil::dateStringWithFormat("yyMM", date), "1503");
     EXPECT_EQ(KVRDateUtil::dateStringWithFormat("yyMMdd", date), "150303");
     EXPECT_EQ(KVRDateUtil::dateStringWithFormat("hhmmss", date), "010509");  // 12-hour clock
-    EXPECT_EQ(KVRDateUtil::dateStringWithFormat("dd/MM/yyyy '-' HH:mm", local(2024, 3, 5, 14, 7, 0)),
+    EXPECT_EQ(KVRDateUtil::dateStringWithFormat("dd/MM/yyyy '-' HH:mm", kvrtest::localTime(2024, 3, 5, 14, 7, 0)),
               "05/03/2024 - 14:07");
-    EXPECT_EQ(KVRDateUtil::dateStringWithFormat("hhmmss", local(2015, 3, 3, 0, 30, 5)), "123005");
+    EXPECT_EQ(KVRDateUtil::dateStringWithFormat("hhmmss", kvrtest::localTime(2015, 3, 3, 0, 30, 5)), "123005");
     EXPECT_EQ(KVRDateUtil::dateStringWithFormat("yy 'o''clock'", date), "15 o'clock");
 }
 
 TEST(KVRDateUtil, ParsesWhatItFormats) {
-    auto date = local(2024, 3, 5, 14, 7, 0);
+    auto date = kvrtest::localTime(2024, 3, 5, 14, 7, 0);
     for (const char* pattern : {"yyyy-MM-dd'T'HH:mm:ss", "dd/MM/yyyy '-' HH:mm", "yyMMdd"}) {
         SCOPED_TRACE(pattern);
         auto text = KVRDateUtil::dateStringWithFormat(pattern, date);

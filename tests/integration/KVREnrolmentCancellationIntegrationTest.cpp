@@ -21,6 +21,7 @@
 #include "support/KVRProcess.h"
 #include "support/KVRTempDirectory.h"
 #include "support/KVRTemporaryStore.h"
+#include "support/KVRWaitUntil.h"
 
 #include <sqlite3.h>
 
@@ -28,7 +29,6 @@
 #include <fstream>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -65,7 +65,8 @@ protected:
 
     void TearDown() override {
         if (!acquirer_) return;
-        EXPECT_EQ(acquirer_->stop(), 0) << "the acquirer emulator did not end cleanly";
+        // The emulator waits for idle keep-alive connections (2 s) before it ends.
+        EXPECT_EQ(acquirer_->stop(10s), 0) << "the acquirer emulator did not end cleanly";
         KVRApplicationInfo::clear();
         for (auto& [key, value] : saved_) KVRApplicationInfo::setValue(key, value);
     }
@@ -222,11 +223,17 @@ TEST_F(EnrolmentCancellationIntegrationTest, LegacyHistoryArrivesUnderTheMerchan
 
     KVRDataBaseController::getsharedInstance().migrateDatabase();
 
-    // Enrolment and the copy run on the pool; the store shows when they are done.
-    auto deadline = std::chrono::steady_clock::now() + 60s;
-    while (KVRTransactionModel::findAll().size() < 2 && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(10ms);
-    }
+    // Enrolment and the copy run on the pool; they are done when both rows are saved.
+    ASSERT_TRUE(kvrWaitUntil(
+        [] {
+            auto transactions = KVRTransactionModel::findAll();
+            if (transactions.size() != 2) return false;
+            for (const auto& t : transactions) {
+                if (t->hasChanges()) return false;
+            }
+            return true;
+        },
+        60s));
     auto merchant = KVRMerchantModel::findFirstByAttribute("kovracode", kSecondCode);
     ASSERT_TRUE(merchant);
     EXPECT_EQ(merchant->saleAffiliationKey(), "8765-4321");
