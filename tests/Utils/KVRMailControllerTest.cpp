@@ -7,24 +7,12 @@
 
 #include "Utils/KVRMailController.h"
 #include "support/KVRFakeExchange.h"
+#include "support/KVRLocalTime.h"
 #include "support/KVRTemporaryStore.h"
-
-#include <ctime>
 
 namespace {
 
 using json = nlohmann::json;
-
-std::chrono::system_clock::time_point localTime(int year, int month, int day, int hour, int minute) {
-    std::tm tm{};
-    tm.tm_year = year - 1900;
-    tm.tm_mon = month - 1;
-    tm.tm_mday = day;
-    tm.tm_hour = hour;
-    tm.tm_min = minute;
-    tm.tm_isdst = -1;
-    return std::chrono::system_clock::from_time_t(std::mktime(&tm));
-}
 
 class MailControllerTest : public ::testing::Test {
 protected:
@@ -53,7 +41,7 @@ protected:
         transaction->setAuthorisationCode("123456");
         transaction->setCardHolderName("MARIA DA SILVA");
         transaction->setPan("0010");
-        transaction->setDate(localTime(2024, 3, 5, 14, 7));
+        transaction->setDate(kvrtest::localTime(2024, 3, 5, 14, 7));
         return transaction;
     }
 
