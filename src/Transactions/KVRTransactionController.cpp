@@ -14,6 +14,7 @@
 #include "Host/Messages/KVRAcceptorAuthorisation.h"
 #include "Host/Messages/KVRAcceptorAuthorisationResponse.h"
 #include "Host/Messages/KVRAuthorisationRequestFactory.h"
+#include "Pinpad/KVRCardDataMasker.h"
 #include "Pinpad/KVRCommandController.h"
 #include "Tms/KVRAidTable.h"
 #include "Tms/KVRTmsController.h"
@@ -416,7 +417,8 @@ KVRTransactionController::HostExchange KVRTransactionController::authorise(const
     exchange.request =
         KVRAuthorisationRequestFactory::createAcceptorAutorisationrequestWithTrasansaction(transaction, gcr, goc, gpn);
     std::string xml = exchange.request->write();
-    KVRLoggingUtil::printLog(xml);
+    // The request carries the card in clear: PAN and tracks stay out of logs unless asked for.
+    KVRLoggingUtil::printLog(KVRLoggingUtil::logsCardData() ? xml : KVRCardDataMasker::maskDigitRuns(xml));
     authorisationSent_ = true;
     exchange.reply = KVRCommunicationController::postXml(xml, KVRServiceEndpoint::authorizerUrl(), &exchange.error);
     KVRLoggingUtil::printLog(exchange.reply.value_or(""));

@@ -32,10 +32,11 @@ std::string addressText(const std::shared_ptr<KVRAddressModel>& address) {
     return line;
 }
 
-// A single payment reads "à vista"; otherwise the number of instalments.
+// One payment reads "à vista", otherwise the number of instalments. A sale
+// paid at once is stored with 0 instalments, so 0 reads "à vista" too.
 std::string instalmentText(const KVRTransactionModel& transaction) {
     int instalments = transaction.instalmentAmount();
-    return instalments == 1 ? "à vista" : KVRStringUtil::format("%i", instalments);
+    return instalments <= 1 ? "à vista" : KVRStringUtil::format("%i", instalments);
 }
 
 std::string amountText(const KVRTransactionModel& transaction) {

@@ -5,6 +5,7 @@
 
 #include "Persistence/KVRStoreFileInspector.h"
 #include "Transactions/KVRSaleBench.h"
+#include "support/KVRLogCapture.h"
 #include "support/KVRPinpadReplies.h"
 
 #include <kovra/KVRApplicationInfo.h>
@@ -93,6 +94,8 @@ std::vector<SaleRow> chipRows() {
         {"chip approved, amount of 10", [](Bench&) {}, 2, {kProcessing, "RMC TRANSACAO|APROVADA"}, "00", 1, 0, 10},
         {"chip approved, amount of 11 digits", [](Bench&) {}, 2, {kProcessing, "RMC TRANSACAO|APROVADA"}, "00", 1, 0,
          12345678901LL},
+        {"amount too long for the chip", [](Bench&) {}, 8, {"RMC TRANSACAO|FALHOU"}, std::nullopt, 0, 0,
+         1234567890123LL},
         {"contactless chip approved", [](Bench& b) { b.answer("GCR", {gcrReply(0, chipCard(6))}); }, 2,
          {kProcessing, "RMC TRANSACAO|APROVADA"}, "00"},
         {"card refuses the host's approval: still approved",
@@ -308,6 +311,18 @@ TEST_F(SaleFlowTest, AnApprovedChipSaleIsStoredWithTheHostsKeysBeforeTheCardIsTo
         EXPECT_NE(xml.find(part), std::string::npos) << part;
     }
     EXPECT_EQ(bench_.commands(), (std::vector<std::string>{"GIN", "GCR", "GOC", "DSP", "FNC", "RMC"}));
+}
+
+TEST_F(SaleFlowTest, TheDebugLogShowsTheRequestWithoutTheCardNumber) {
+    KVRLogCapture log;
+    KVRApplicationInfo::setValue("Kovra Debugginho Developer", true);
+    bench_.answer("FNC", {fncReply(0, 0)});
+    ASSERT_TRUE(bench_.sell(Bench::newSale(1000)).success);
+    KVRApplicationInfo::removeValue("Kovra Debugginho Developer");
+    EXPECT_TRUE(log.contains("<AccptrAuthstnReq>")) << "the request is logged";
+    EXPECT_TRUE(log.contains(std::string("-----> ") + Bench::kReceiptKey));
+    EXPECT_TRUE(log.contains("0010"));
+    EXPECT_FALSE(log.contains("4761739001010010")) << log.text();
 }
 
 TEST_F(SaleFlowTest, APinpadWithoutTablesGetsThemAndTheSaleStartsAgain) {
