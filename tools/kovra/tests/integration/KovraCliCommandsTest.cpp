@@ -101,7 +101,7 @@ TEST(KovraCliCommandsTest, PinpadCommandsConnectFirst) {
 
 TEST(KovraCliCommandsTest, PinpadNotificationsArePrintedAsTheyArrive) {
     KovraEmulatorBench::Options options;
-    options.scenario = {{"faults", {{{"command", "DSP"}, {"ntm", {"AGUARDE"}}}}}};
+    options.pinpadFaults = {{{"command", "DSP"}, {"ntm", {"AGUARDE"}}}};
     KovraEmulatorBench bench(options);
     auto text = bench.run({"display", "OI"});
     EXPECT_EQ(text.exitCode, 0) << text.err;
@@ -118,7 +118,7 @@ protected:
 
     static KovraEmulatorBench::Options scenario() {
         KovraEmulatorBench::Options options;
-        options.scenario = {{"cards", {"chip-visa", "chip-master", "stripe-pin"}}};
+        options.cards = {"chip-visa", "chip-master", "stripe-pin"};
         return options;
     }
 

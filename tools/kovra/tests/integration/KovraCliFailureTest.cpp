@@ -3,10 +3,9 @@
 #include "KovraEmulatorBench.h"
 
 #include "support/KVRTempDirectory.h"
+#include "support/KVRWaitUntil.h"
 
 #include <gtest/gtest.h>
-
-#include <thread>
 
 namespace {
 
@@ -80,18 +79,17 @@ protected:
 
     static KovraEmulatorBench::Options silentDisplay() {
         KovraEmulatorBench::Options options;
-        options.scenario = {{"faults", {{{"command", "DSP"}, {"silence", true}}}}};
+        options.pinpadFaults = {{{"command", "DSP"}, {"silence", true}}};
         return options;
     }
 
     // The emulator logs a request as it takes it.
     bool displayReceived() const {
-        for (auto deadline = std::chrono::steady_clock::now() + 20s; std::chrono::steady_clock::now() < deadline;
-             std::this_thread::sleep_for(10ms)) {
+        return kvrWaitUntil([this] {
             for (const auto& command : bench_.pinpadCommands())
                 if (command.rfind("DSP", 0) == 0) return true;
-        }
-        return false;
+            return false;
+        });
     }
 
     KovraEmulatorBench bench_;

@@ -2,24 +2,25 @@
 
 #include "KovraCliProcess.h"
 
-#include "support/KVRProcess.h"
+#include "support/KVREmulators.h"
 #include "support/KVRTempDirectory.h"
 
 #include <nlohmann/json.hpp>
 
-#include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
-/// Both emulators started for one test in a directory of its own, an
-/// information dictionary that points kovra at them (write pause 0) and a
-/// data directory, handed to kovra through KOVRA_INFO_PLIST and KOVRA_DATA_DIR.
+/// Both emulators started for one test (KVREmulators), an information
+/// dictionary file that points kovra at them (write pause 0), and a data
+/// directory, handed to the kovra process through KOVRA_INFO_PLIST and
+/// KOVRA_DATA_DIR.
 class KovraEmulatorBench {
 public:
     struct Options {
-        /// The PIN pad emulator's --scenario (cards, faults); none when null.
-        nlohmann::json scenario;
+        /// One card per card read; default chip-visa for every one.
+        std::vector<std::string> cards;
+        /// PIN pad fault rules (JSON objects, see kovra-pinpad-sim --help).
+        std::vector<nlohmann::json> pinpadFaults;
         /// Point the hosts at a loopback port where nothing listens.
         bool deadAcquirer = false;
     };
@@ -31,27 +32,18 @@ public:
     KovraCliResult run(const std::vector<std::string>& arguments) const;
     std::vector<std::string> environment() const;
 
-    std::string path(const std::string& name) const { return directory_.file(name); }
-    const std::string& pinpadDevice() const { return pinpadDevice_; }
+    const std::string& pinpadDevice() const { return emulators_.pinpadDevice(); }
     /// The mails the acquirer accepted, oldest first.
-    std::vector<nlohmann::json> outbox() const;
-    /// The requests the PIN pad received (command names and fields).
-    std::vector<std::string> pinpadCommands() const;
+    std::vector<nlohmann::json> outbox() const { return emulators_.outbox(); }
+    /// The requests the PIN pad received, in order.
+    std::vector<std::string> pinpadCommands() const { return emulators_.commandLog(); }
 
-    /// Writes an XML property list of string and real values.
-    static void writeDictionary(const std::string& file, const std::map<std::string, std::string>& strings,
-                                const std::map<std::string, double>& reals = {});
     /// A loopback port nothing listens on (bound, then released).
     static int closedPort();
 
 private:
-    void startAcquirer();
-    void startPinpad(const nlohmann::json& scenario);
+    static KVREmulators::Options emulatorOptions(const Options& options);
 
+    KVREmulators emulators_;
     KVRTempDirectory directory_;
-    std::unique_ptr<KVRProcess> acquirer_;
-    std::unique_ptr<KVRProcess> pinpad_;
-    std::string acquirerHost_;
-    std::string caFile_;
-    std::string pinpadDevice_;
 };
