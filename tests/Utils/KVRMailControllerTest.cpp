@@ -101,7 +101,7 @@ TEST_F(MailControllerTest, InstalmentsAmountsAndMissingValues) {
         const char* displayAid;
     } rows[] = {
         {1, 1, KVRNumber(1000LL), std::nullopt, false, "Visa - Débito à vista", "1000,00", "false"},
-        {0, 0, KVRNumber(10LL), std::string(""), false, "Visa - Crédito à vista", "10,00", "false"},
+        {0, 0, KVRNumber(10LL), std::string(""), false, "Visa - Crédito 0", "10,00", "false"},
         {0, 2, KVRNumber(99.999), std::nullopt, false, "Visa - Crédito 2", "100,00", "false"},
         {0, 12, KVRNumber(10.5), std::string("A0000000041010"), true, "Visa - Crédito 12", "10,50", "true"},
     };
