@@ -32,11 +32,12 @@ std::string addressText(const std::shared_ptr<KVRAddressModel>& address) {
     return line;
 }
 
-// One payment reads "à vista", otherwise the number of instalments. A sale
-// paid at once is stored with 0 instalments, so 0 reads "à vista" too.
+// One payment reads "à vista", otherwise the number of instalments as stored
+// (a sale paid at once is stored with 0 and reads "0": the receipt template
+// on the service's side is what shows it).
 std::string instalmentText(const KVRTransactionModel& transaction) {
     int instalments = transaction.instalmentAmount();
-    return instalments <= 1 ? "à vista" : KVRStringUtil::format("%i", instalments);
+    return instalments == 1 ? "à vista" : KVRStringUtil::format("%i", instalments);
 }
 
 std::string amountText(const KVRTransactionModel& transaction) {

@@ -94,6 +94,8 @@ std::vector<SaleRow> chipRows() {
         {"chip approved, amount of 10", [](Bench&) {}, 2, {kProcessing, "RMC TRANSACAO|APROVADA"}, "00", 1, 0, 10},
         {"chip approved, amount of 11 digits", [](Bench&) {}, 2, {kProcessing, "RMC TRANSACAO|APROVADA"}, "00", 1, 0,
          12345678901LL},
+        {"amount too long for the chip", [](Bench&) {}, 8, {"RMC TRANSACAO|FALHOU"}, std::nullopt, 0, 0,
+         1234567890123LL},
         {"contactless chip approved", [](Bench& b) { b.answer("GCR", {gcrReply(0, chipCard(6))}); }, 2,
          {kProcessing, "RMC TRANSACAO|APROVADA"}, "00"},
         {"card refuses the host's approval: still approved",

@@ -9,10 +9,9 @@
 #include "Transactions/KVRTransactionController.h"
 #include "Utils/KVRClock.h"
 #include "support/KVREmvTableSamples.h"
+#include "support/KVRLocalTime.h"
 #include "support/KVRLogCapture.h"
 #include "support/KVRTemporaryStore.h"
-
-#include <ctime>
 
 namespace {
 
@@ -89,13 +88,7 @@ TEST(TransactionControllerTest, AidComesFromTheStoredTableRecordOfTheCard) {
 class InitiatorKeyTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        std::tm tm{};
-        tm.tm_year = 2031 - 1900;
-        tm.tm_mon = 6;
-        tm.tm_mday = 15;
-        tm.tm_hour = 12;
-        tm.tm_isdst = -1;
-        auto now = std::chrono::system_clock::from_time_t(std::mktime(&tm));
+        auto now = kvrtest::localTime(2031, 7, 15, 12);
         KVRClock::setNowProvider([now] { return now; });
         KVRApplicationInfo::setValue("CFBundleVersion", std::string("2.10.3"));
     }

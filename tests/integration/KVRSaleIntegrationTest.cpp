@@ -117,8 +117,9 @@ TEST_F(SaleIntegrationTest, ChipVisaApprovedThenCancelledAndBothReceiptsMailed) 
     EXPECT_EQ(sale->status(), 2);
     EXPECT_EQ(sale->cardBrand(), "Visa");
     EXPECT_EQ(sale->aid(), "A0000000031010") << "the tables' AID for the card's record 3";
-    // The acquirer's issuer data carries no 9F26, so there is no cryptogram to keep.
-    EXPECT_EQ(sale->arqc(), std::nullopt);
+    // The acquirer echoes the card's cryptogram (9F26) in its chip data.
+    ASSERT_TRUE(sale->arqc());
+    EXPECT_EQ(sale->arqc()->size(), 16u);
     EXPECT_TRUE(sale->authorisationCode() && !sale->authorisationCode()->empty());
     EXPECT_TRUE(sale->receiptTransactionKey() && !sale->receiptTransactionKey()->empty());
     EXPECT_TRUE(sale->reference() && sale->reference()->size() == 32);
@@ -143,12 +144,12 @@ TEST_F(SaleIntegrationTest, ChipVisaApprovedThenCancelledAndBothReceiptsMailed) 
     auto outbox = emulators_->outbox();
     ASSERT_EQ(outbox.size(), 2u);
     nlohmann::json parameters = {
-        {"card_brand", "Visa - Crédito à vista"},
+        {"card_brand", "Visa - Crédito 0"},
         {"company_name", "Padaria Pão Quente Ltda"},
         {"company_address", "Rua Augusta, 1500, Loja 2, Consolação, SP, São Paulo, 01304-001"},
         {"company_tax_document_number", "12.345.678/0001-95"},
         {"transaction_aid", "A0000000031010"},
-        {"transaction_arqc", ""},
+        {"transaction_arqc", *sale->arqc()},
         {"transaction_kovra_id", *sale->authorisationCode()},
         {"client_name", *sale->cardHolderName()},
         {"client_masked_card_number", "**** **** **** 0010"},
@@ -249,6 +250,29 @@ TEST_F(SaleIntegrationTest, AChipCardSwipedIsRefused) {
     EXPECT_TRUE(contains(emulators_->displayLog(), "Cartao de Chip  |                "));
     EXPECT_FALSE(contains(emulators_->commandNames(), "GPN"));
     EXPECT_TRUE(storedSales().empty());
+}
+
+TEST_F(SaleIntegrationTest, APinpadLostDuringTheSaleEndsIt) {
+    // Unplugged while the chip is processed: nothing went to the acquirer.
+    start("chip-visa", {R"({"command": "GOC", "hangup": "instead"})"});
+    KVRApplicationInfo::setValue("Kovra Pinpad Read Timeout", 1.0);
+    auto lost = sell(1000);
+    EXPECT_EQ(lost.error, KVRErrors::transactionTimeout());
+    for (const auto& line : emulators_->acquirerLog()) EXPECT_EQ(line.find("/Authorize"), std::string::npos) << line;
+    EXPECT_TRUE(storedSales().empty());
+}
+
+TEST_F(SaleIntegrationTest, APinpadSilentAfterTheApprovalHasTheSaleCancelledAtTheAcquirer) {
+    start("chip-visa", {R"({"command": "FNC", "silence": true})"});
+    KVRApplicationInfo::setValue("Kovra Pinpad Read Timeout", 1.0);
+    auto call = sell(1000);
+    EXPECT_EQ(call.error, KVRErrors::transactionAutoCancel());
+    auto log = emulators_->acquirerLog();
+    EXPECT_TRUE(std::any_of(log.begin(), log.end(),
+                            [](const std::string& line) { return line.find("/CancellationAdvice 200 cancel APPR") != std::string::npos; }));
+    auto sales = storedSales();
+    ASSERT_EQ(sales.size(), 1u) << "the approved sale is kept, as cancelled";
+    EXPECT_EQ(sales[0]->status(), 5);
 }
 
 }  // namespace

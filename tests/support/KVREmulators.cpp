@@ -34,6 +34,10 @@ bool KVREmulators::startPinpad() {
                                           "--display-log", directory_.file("display.log"),
                                           "--command-log", directory_.file("commands.log"),
                                           "--card",        options_.card};
+    if (!options_.cards.empty()) {
+        std::ofstream(directory_.file("scenario.json")) << nlohmann::json{{"cards", options_.cards}}.dump();
+        arguments.insert(arguments.end(), {"--scenario", directory_.file("scenario.json")});
+    }
     for (const auto& fault : options_.pinpadFaults) {
         arguments.push_back("--fault");
         arguments.push_back(fault);

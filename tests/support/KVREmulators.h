@@ -26,6 +26,8 @@ public:
         std::string acquirerBinary;
         /// The card the PIN pad presents (chip-visa, chip-master, stripe, stripe-pin, stripe-chip).
         std::string card = "chip-visa";
+        /// When set, one card per card read answered 000 (the last repeats), in place of `card`.
+        std::vector<std::string> cards;
         /// Fault rules of the PIN pad (JSON objects, see its --help).
         std::vector<std::string> pinpadFaults;
         /// More arguments for the acquirer ("--auth-delay", "3"...).

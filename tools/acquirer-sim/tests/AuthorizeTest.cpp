@@ -89,6 +89,9 @@ TEST_F(AuthorizeTest, ChipSaleGetsIssuerDataAndStripeSaleNone) {
     // Tag 8A "00" (approved, in ASCII) and tag 91 with ten bytes.
     EXPECT_NE(issuerData.find("8A023030"), std::string::npos) << issuerData;
     EXPECT_NE(issuerData.find("910A"), std::string::npos) << issuerData;
+    // The card's cryptogram comes back first, for the receipt.
+    ASSERT_EQ(chip.cardData.rfind("9F2608A1B2C3D4E5F60718", 0), 0u);
+    EXPECT_EQ(issuerData.rfind("9F2608A1B2C3D4E5F60718", 0), 0u) << issuerData;
 
     AuthorisationFields stripe;
     stripe.entryMode = "MGST";

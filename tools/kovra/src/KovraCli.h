@@ -1,0 +1,63 @@
+#pragma once
+
+#include "KovraSession.h"
+#include "KovraSettings.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+class KovraInterrupts;
+class KovraOutput;
+
+/// The command line: `kovra [global options] COMMAND [args]`. Exit codes: 0
+/// success, 1 a failure the library reported (or a record that does not
+/// exist), 2 bad usage, 130 interrupted.
+class KovraCli {
+public:
+    explicit KovraCli(KovraInterrupts& interrupts);
+
+    int run(int argc, char** argv);
+
+private:
+    using Action = std::function<void(KovraOutput&)>;
+
+    // What the commands' arguments are parsed into.
+    struct Arguments {
+        std::string kovraCode;
+        std::string text;
+        std::string reference;
+        std::string destination;
+        KovraSession::SaleRequest sale;
+        bool credit = false;
+        bool debit = false;
+        bool cancellation = false;
+        bool companyInformation = false;
+        std::optional<std::string> lastDigits;
+        bool presentedCard = false;
+        std::string keepDirectory;
+        double pause = 0.5;
+    };
+
+    CLI::App* addCommand(CLI::App& parent, const std::string& name, const std::string& description, Action action);
+    void defineCommands();
+    void definePinpadCommands();
+    void defineSaleCommands();
+    void defineMailCommands();
+    void defineDemo();
+    std::string usageMessage(const CLI::ParseError& error) const;
+    /// The deepest command the user named.
+    CLI::App* chosenCommand() const;
+    int execute(CLI::App* command);
+
+    KovraInterrupts& interrupts_;
+    CLI::App app_;
+    KovraSettings settings_;
+    Arguments arguments_;
+    std::map<CLI::App*, Action> actions_;
+    CLI::App* version_ = nullptr;
+    CLI::App* demo_ = nullptr;
+};

@@ -1,0 +1,186 @@
+#include "KovraSession.h"
+
+#include "KovraCommandError.h"
+#include "KovraCompletionWaiter.h"
+
+#include <kovra/KVRCancellationProvider.h>
+#include <kovra/KVRCardProvider.h>
+#include <kovra/KVRDisplayProvider.h>
+#include <kovra/KVRErrors.h>
+#include <kovra/KVRKovraCodeActivationProvider.h>
+#include <kovra/KVRMailProvider.h>
+#include <kovra/KVRMerchantListProvider.h>
+#include <kovra/KVRMerchantModel.h>
+#include <kovra/KVRPinPadConnectionProvider.h>
+#include <kovra/KVRTableDownloaderProvider.h>
+#include <kovra/KVRTableLoaderProvider.h>
+#include <kovra/KVRTmsTableModel.h>
+#include <kovra/KVRTransactionListProvider.h>
+#include <kovra/KVRTransactionModel.h>
+#include <kovra/KVRTransactionProvider.h>
+#include <kovra/KVRValidationProvider.h>
+
+#include <algorithm>
+
+namespace {
+
+// Elements named `name` in an XML text block: "<name>" or "<name " openings.
+int countElements(const std::optional<std::string>& text, const std::string& name) {
+    if (!text) return 0;
+    int count = 0;
+    for (size_t at = text->find("<" + name); at != std::string::npos; at = text->find("<" + name, at + 1)) {
+        char next = at + name.size() + 1 < text->size() ? (*text)[at + name.size() + 1] : '\0';
+        if (next == '>' || next == ' ' || next == '/') ++count;
+    }
+    return count;
+}
+
+template <class Payload>
+void checkResult(const typename KovraCompletionWaiter<Payload>::Result& result) {
+    if (result.success) return;
+    if (result.error) throw KovraCommandError::fromLibrary(*result.error);
+    throw KovraCommandError::failure("the library reported a failure without saying why");
+}
+
+KovraCompletionWaiter<>::Result waitFor(void (*operation)(KVRCompletion)) {
+    KovraCompletionWaiter<> waiter;
+    operation(waiter.completion());
+    return waiter.wait();
+}
+
+}  // namespace
+
+void KovraSession::check(bool success, const std::optional<KVRError>& error) {
+    checkResult<std::monostate>({success, {}, error});
+}
+
+void KovraSession::connect() {
+    auto result = waitFor(&KVRPinPadConnectionProvider::connectToPinpad);
+    check(result.success, result.error);
+}
+
+void KovraSession::ensureConnected() {
+    if (!KVRValidationProvider::validatePinpadConnection()) connect();
+}
+
+KovraSession::Merchant KovraSession::enroll(const std::string& kovraCode) {
+    KovraCompletionWaiter<> waiter;
+    KVRKovraCodeActivationProvider::activateKovraCode(kovraCode, waiter.completion());
+    auto result = waiter.wait();
+    check(result.success, result.error);
+    auto merchant = KVRMerchantModel::findFirstByAttribute("kovracode", kovraCode);
+    if (!merchant) throw KovraCommandError::failure("the enrolment succeeded but no merchant record was stored");
+    return merchant;
+}
+
+void KovraSession::deactivate(const std::string& kovraCode) {
+    if (!KVRMerchantModel::findFirstByAttribute("kovracode", kovraCode))
+        throw KovraCommandError::failure("no merchant is enrolled with the KovraCode " + kovraCode);
+    KVRKovraCodeActivationProvider::deactivateMerchantWithKovraCode(kovraCode);
+}
+
+KovraSession::TableCounts KovraSession::downloadTables() {
+    auto result = waitFor(&KVRTableDownloaderProvider::downLoadTables);
+    check(result.success, result.error);
+    return storedTableCounts();
+}
+
+KovraSession::TableCounts KovraSession::storedTableCounts() {
+    auto tables = KVRTmsTableModel::findFirst();
+    if (!tables) return {};
+    return {countElements(tables->aidTable(), "Aid"), countElements(tables->capkTable(), "Capk")};
+}
+
+void KovraSession::loadTables() {
+    ensureConnected();
+    auto result = waitFor(&KVRTableLoaderProvider::loadTables);
+    check(result.success, result.error);
+}
+
+void KovraSession::display(const std::string& text) {
+    ensureConnected();
+    KovraCompletionWaiter<> waiter;
+    KVRDisplayProvider::displayMessage(text, waiter.completion());
+    auto result = waiter.wait();
+    check(result.success, result.error);
+}
+
+std::string KovraSession::cardLastDigits() {
+    ensureConnected();
+    KovraCompletionWaiter<std::optional<std::string>> waiter;
+    KVRCardProvider::getCardPan(waiter.completionWithPayload<std::optional<std::string>>());
+    auto result = waiter.wait();
+    checkResult<std::optional<std::string>>(result);
+    return result.payload.value_or("");
+}
+
+// The sale's record is the one transaction that was not stored before it:
+// records are shared objects, one per stored row, so identity tells them apart.
+KovraSession::SaleOutcome KovraSession::sale(const SaleRequest& request) {
+    ensureConnected();
+    auto before = KVRTransactionListProvider::listTransactions();
+    KovraCompletionWaiter<> waiter;
+    KVRTransactionProvider provider;
+    provider.sendTransactionWithValue(request.amount, request.type, request.instalments, std::string(),
+                                      waiter.completion());
+    auto result = waiter.wait();
+    SaleOutcome outcome;
+    for (const auto& record : KVRTransactionListProvider::listTransactions()) {
+        if (std::find(before.begin(), before.end(), record) == before.end()) {
+            outcome.record = record;
+            break;
+        }
+    }
+    // A failure always carries a catalogue error; the generic one stands in
+    // should a completion ever come without.
+    if (!result.success) outcome.error = result.error.value_or(KVRErrors::genericError());
+    return outcome;
+}
+
+KovraSession::Transaction KovraSession::cancel(const std::string& reference) {
+    auto transaction = transactionWithReference(reference);
+    KovraCompletionWaiter<> waiter;
+    KVRCancellationProvider::cancelTransaction(transaction, waiter.completion());
+    auto result = waiter.wait();
+    check(result.success, result.error);
+    return transaction;
+}
+
+std::vector<KovraSession::Transaction> KovraSession::transactions() {
+    return KVRTransactionListProvider::listTransactions();
+}
+
+std::vector<KovraSession::Transaction> KovraSession::transactionsOfPresentedCard() {
+    ensureConnected();
+    KovraCompletionWaiter<std::vector<Transaction>> waiter;
+    KVRTransactionListProvider::listTransactionsByPan(waiter.completionWithPayload<std::vector<Transaction>>());
+    auto result = waiter.wait();
+    checkResult<std::vector<Transaction>>(result);
+    return result.payload;
+}
+
+std::vector<KovraSession::Merchant> KovraSession::merchants() { return KVRMerchantListProvider::listMerchants(); }
+
+KovraSession::Transaction KovraSession::transactionWithReference(const std::string& reference) {
+    for (const auto& transaction : KVRTransactionListProvider::listTransactions())
+        if (transaction->reference() == reference) return transaction;
+    throw KovraCommandError::failure("no stored transaction has the reference " + reference);
+}
+
+void KovraSession::sendReceipt(const std::string& reference, const std::string& destination, bool cancellation,
+                               bool companyInformation) {
+    auto transaction = transactionWithReference(reference);
+    KovraCompletionWaiter<> waiter;
+    KVRMailProvider::sendReceiptViaEmail(
+        cancellation ? KVRMailProvider::kReceiptCancellation : KVRMailProvider::kReceiptSale, transaction,
+        destination, companyInformation, waiter.completion());
+    auto result = waiter.wait();
+    check(result.success, result.error);
+}
+
+void KovraSession::sendFeedback(const std::string& message) {
+    KovraCompletionWaiter<> waiter;
+    KVRMailProvider::sendEmailFeedback(message, waiter.completion());
+    auto result = waiter.wait();
+    check(result.success, result.error);
+}

@@ -1,0 +1,204 @@
+// Each command against the two emulators: output, --json parsed back, exit codes.
+#include "KovraEmulatorBench.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <set>
+
+namespace {
+
+using nlohmann::json;
+
+json parsed(const KovraCliResult& result) {
+    json document = json::parse(result.out, nullptr, false);
+    EXPECT_FALSE(document.is_discarded()) << result.out;
+    return document;
+}
+
+int countStartingWith(const std::vector<std::string>& lines, const std::string& prefix) {
+    return static_cast<int>(
+        std::count_if(lines.begin(), lines.end(), [&](const std::string& line) { return line.rfind(prefix, 0) == 0; }));
+}
+
+void enrolAndDownload(const KovraEmulatorBench& bench) {
+    ASSERT_EQ(bench.run({"enroll", "KOVRA-0001"}).exitCode, 0);
+    ASSERT_EQ(bench.run({"tables", "download"}).exitCode, 0);
+}
+
+TEST(KovraCliCommandsTest, EnrolmentMerchantsAndTables) {
+    KovraEmulatorBench bench;
+    auto enrolled = bench.run({"--json", "enroll", "KOVRA-0001"});
+    ASSERT_EQ(enrolled.exitCode, 0) << enrolled.err;
+    json merchant = parsed(enrolled);
+    EXPECT_EQ(merchant["kovracode"], "KOVRA-0001");
+    EXPECT_EQ(merchant["merchantName"], "Padaria Pão Quente Ltda");
+    EXPECT_EQ(merchant["saleAffiliationKey"], "1234-5678");
+    EXPECT_EQ(merchant["address"]["city"], "São Paulo");
+
+    auto again = bench.run({"enroll", "KOVRA-0001"});
+    EXPECT_EQ(again.exitCode, 1);
+    EXPECT_EQ(again.err, "error 202: The current kovracode is already activated.\n");
+
+    auto listed = bench.run({"merchants"});
+    EXPECT_EQ(listed.exitCode, 0);
+    EXPECT_EQ(listed.out.rfind("KOVRA-0001  Padaria Pão Quente Ltda\n", 0), 0u) << listed.out;
+
+    auto downloaded = bench.run({"tables", "download", "--json"});
+    ASSERT_EQ(downloaded.exitCode, 0) << downloaded.err;
+    json counts = parsed(downloaded);
+    int records = counts["aids"].get<int>() + counts["capks"].get<int>();
+    EXPECT_GT(counts["aids"].get<int>(), 0);
+    EXPECT_GT(counts["capks"].get<int>(), 0);
+
+    // Standard error is no terminal here: one plain line per record.
+    auto loaded = bench.run({"tables", "load"});
+    ASSERT_EQ(loaded.exitCode, 0) << loaded.err;
+    EXPECT_EQ(loaded.out, "EMV tables loaded into the PIN pad (" + std::to_string(records) + " records)\n");
+    auto progress = loaded.errorLines();
+    ASSERT_EQ(static_cast<int>(progress.size()), records) << loaded.err;
+    EXPECT_EQ(progress.back(), "tables: record " + std::to_string(records) + " of " + std::to_string(records) + " loaded");
+    auto commands = bench.pinpadCommands();
+    EXPECT_EQ(countStartingWith(commands, "TLI"), 1);
+    EXPECT_EQ(countStartingWith(commands, "TLR"), records);
+    EXPECT_EQ(countStartingWith(commands, "TLE"), 1);
+
+    EXPECT_EQ(bench.run({"deactivate", "KOVRA-0001"}).exitCode, 0);
+    EXPECT_EQ(parsed(bench.run({"merchants", "--json"})), json::array());
+    auto unknown = bench.run({"deactivate", "KOVRA-0001"});
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_EQ(unknown.err, "kovra: no merchant is enrolled with the KovraCode KOVRA-0001\n");
+}
+
+TEST(KovraCliCommandsTest, PinpadCommandsConnectFirst) {
+    KovraEmulatorBench bench;
+    auto connected = bench.run({"connect"});
+    EXPECT_EQ(connected.exitCode, 0) << connected.err;
+    EXPECT_EQ(connected.out, "connected to the PIN pad " + bench.pinpadDevice() + "\n");
+    EXPECT_EQ(parsed(bench.run({"connect", "--json"}))["connected"], true);
+
+    auto shown = bench.run({"display", "OLA MUNDO"});
+    EXPECT_EQ(shown.exitCode, 0) << shown.err;
+    EXPECT_EQ(shown.out, "shown on the PIN pad: OLA MUNDO\n");
+    EXPECT_EQ(bench.pinpadCommands().back().substr(0, 15), "DSP032OLA MUNDO");
+
+    auto tooLong = bench.run({"display", std::string(33, 'X')});
+    EXPECT_EQ(tooLong.exitCode, 1);
+    EXPECT_EQ(tooLong.err, "error 105: The string exceeded the number of allowed characters.\n");
+
+    auto withoutTables = bench.run({"card-pan"});
+    EXPECT_EQ(withoutTables.exitCode, 1);
+    EXPECT_EQ(withoutTables.err, "error 304: Tables AID or CAPK not found. Download tables from server.\n");
+
+    enrolAndDownload(bench);
+    ASSERT_EQ(bench.run({"tables", "load"}).exitCode, 0);
+    auto card = bench.run({"card-pan", "--json"});
+    ASSERT_EQ(card.exitCode, 0) << card.err;
+    EXPECT_EQ(parsed(card)["lastDigits"], "0010");
+    EXPECT_EQ(bench.run({"card-pan"}).out, "card **** 0010\n");
+}
+
+TEST(KovraCliCommandsTest, PinpadNotificationsArePrintedAsTheyArrive) {
+    KovraEmulatorBench::Options options;
+    options.pinpadFaults = {{{"command", "DSP"}, {"ntm", {"AGUARDE"}}}};
+    KovraEmulatorBench bench(options);
+    auto text = bench.run({"display", "OI"});
+    EXPECT_EQ(text.exitCode, 0) << text.err;
+    EXPECT_EQ(text.out, "pinpad: AGUARDE\nshown on the PIN pad: OI\n");
+    // With --json the data stays alone on standard output.
+    auto machine = bench.run({"--json", "display", "OI"});
+    EXPECT_EQ(parsed(machine)["displayed"], "OI");
+    EXPECT_EQ(machine.err, "pinpad: AGUARDE\n");
+}
+
+class KovraCliSalesTest : public ::testing::Test {
+protected:
+    KovraCliSalesTest() : bench_(scenario()) {}
+
+    static KovraEmulatorBench::Options scenario() {
+        KovraEmulatorBench::Options options;
+        options.cards = {"chip-visa", "chip-master", "stripe-pin"};
+        return options;
+    }
+
+    KovraEmulatorBench bench_;
+};
+
+TEST_F(KovraCliSalesTest, SaleListCancelAndReceipts) {
+    enrolAndDownload(bench_);
+    // The PIN pad has no tables yet: the sale loads them and reads the card again.
+    auto first = bench_.run({"--json", "sale", "--amount", "12345"});
+    ASSERT_EQ(first.exitCode, 0) << first.err;
+    json approved = parsed(first);
+    EXPECT_EQ(approved["status"], 2);
+    EXPECT_EQ(approved["statusText"], "Transação Aprovada");
+    EXPECT_EQ(approved["amount"], 12345);
+    EXPECT_EQ(approved["type"], "credit");
+    EXPECT_EQ(approved["brand"], "Visa");
+    EXPECT_EQ(approved["lastDigits"], "0010");
+    EXPECT_EQ(approved["reference"].get<std::string>().size(), 32u);
+    EXPECT_FALSE(approved["authorisationCode"].get<std::string>().empty());
+    EXPECT_NE(first.err.find("tables: record 1 of"), std::string::npos) << first.err;
+
+    auto declined = bench_.run({"sale", "--amount", "5051"});
+    EXPECT_EQ(declined.exitCode, 1);
+    EXPECT_EQ(declined.errorLines().back(), "error 211: Your transaction was rejected by Authorizer.");
+    EXPECT_EQ(declined.out.rfind("sale not approved:\n", 0), 0u) << declined.out;
+    EXPECT_NE(declined.out.find("status              Transação Negada\n"), std::string::npos) << declined.out;
+
+    auto stripe = bench_.run({"--json", "sale", "--amount", "2590", "--debit", "--instalments", "2"});
+    ASSERT_EQ(stripe.exitCode, 0) << stripe.err;
+    json debit = parsed(stripe);
+    EXPECT_EQ(debit["type"], "debit");
+    EXPECT_EQ(debit["lastDigits"], "4444");
+    EXPECT_EQ(debit["instalments"], 3);
+    EXPECT_EQ(debit["instalmentType"], 1);
+
+    json all = parsed(bench_.run({"list", "--json"}));
+    ASSERT_EQ(all.size(), 3u);
+    std::multiset<int> statuses;
+    for (const auto& transaction : all) statuses.insert(transaction["status"].get<int>());
+    EXPECT_EQ(statuses, (std::multiset<int>{1, 2, 2}));
+    json byCard = parsed(bench_.run({"list", "--pan", "4444", "--json"}));
+    ASSERT_EQ(byCard.size(), 1u);
+    EXPECT_EQ(byCard[0]["reference"], debit["reference"]);
+    auto table = bench_.run({"list"});
+    EXPECT_EQ(table.out.rfind("DATE  ", 0), 0u) << table.out;
+    EXPECT_EQ(std::count(table.out.begin(), table.out.end(), '\n'), 4);
+
+    std::string reference = approved["reference"];
+    auto cancelled = bench_.run({"--json", "cancel", reference});
+    ASSERT_EQ(cancelled.exitCode, 0) << cancelled.err;
+    EXPECT_EQ(parsed(cancelled)["status"], 5);
+    auto twice = bench_.run({"cancel", reference});
+    EXPECT_EQ(twice.exitCode, 1);
+    EXPECT_EQ(twice.err, "error 210: This transaction is already cancelled or can not be cancelled.\n");
+
+    auto voidReceipt =
+        bench_.run({"receipt", reference, "--to", "cliente@example.com", "--cancellation", "--company-info"});
+    EXPECT_EQ(voidReceipt.exitCode, 0) << voidReceipt.err;
+    EXPECT_EQ(voidReceipt.out, "cancellation receipt of " + reference + " sent to cliente@example.com\n");
+    auto saleReceipt = bench_.run({"--json", "receipt", debit["reference"], "--to", "outro@example.com"});
+    EXPECT_EQ(parsed(saleReceipt)["kind"], "sale");
+    auto mails = bench_.outbox();
+    ASSERT_EQ(mails.size(), 2u);
+    EXPECT_EQ(mails[0]["template"], "void_transaction");
+    EXPECT_EQ(mails[0]["mail_header"]["to"], "cliente@example.com");
+    EXPECT_EQ(mails[0]["body_parameters"]["display_company_information"], "true");
+    EXPECT_EQ(mails[1]["template"], "transaction");
+    EXPECT_EQ(mails[1]["body_parameters"]["client_masked_card_number"], "**** **** **** 4444");
+}
+
+TEST_F(KovraCliSalesTest, FeedbackGoesToTheSupportMailbox) {
+    auto sent = bench_.run({"feedback", "Muito bom"});
+    EXPECT_EQ(sent.exitCode, 0) << sent.err;
+    EXPECT_EQ(sent.out, "feedback sent\n");
+    auto mails = bench_.outbox();
+    ASSERT_EQ(mails.size(), 1u);
+    EXPECT_EQ(mails[0]["template"], "default");
+    EXPECT_EQ(mails[0]["mail_header"]["to"], "suporte@kovra.example");
+    EXPECT_EQ(mails[0]["body_parameters"]["body_message"], "Muito bom");
+}
+
+}  // namespace

@@ -1,0 +1,128 @@
+// The command line itself: usage errors, help, the information dictionary and
+// the version; none of these needs an emulator.
+#include "KovraCliProcess.h"
+
+#include "support/KVRTempDirectory.h"
+
+#include <kovra/KVRVersion.h>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <fstream>
+#include <ostream>
+
+namespace {
+
+struct UsageCase {
+    std::vector<std::string> arguments;
+    std::string says;
+};
+
+void PrintTo(const UsageCase& usage, std::ostream* out) {
+    *out << "kovra";
+    for (const auto& argument : usage.arguments) *out << " " << argument;
+}
+
+class KovraCliUsageTest : public ::testing::TestWithParam<UsageCase> {};
+
+TEST_P(KovraCliUsageTest, BadUsageIsOneLineAndExitCodeTwo) {
+    KVRTempDirectory data;
+    auto arguments = GetParam().arguments;
+    auto result = runKovra(arguments, {"KOVRA_DATA_DIR=" + data.path()});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.out, "");
+    ASSERT_EQ(result.errorLines().size(), 1u) << result.err;
+    EXPECT_EQ(result.err.rfind("kovra: ", 0), 0u) << result.err;
+    EXPECT_NE(result.err.find(GetParam().says), std::string::npos) << result.err;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Arguments, KovraCliUsageTest,
+    ::testing::Values(UsageCase{{}, "subcommand is required"},
+                      UsageCase{{"frob"}, "unknown command frob"},
+                      UsageCase{{"tables", "frob"}, "unknown command frob"},
+                      UsageCase{{"tables"}, "subcommand is required"},
+                      UsageCase{{"--frob", "list"}, "--frob"},
+                      UsageCase{{"list", "--frob"}, "--frob"},
+                      UsageCase{{"sale"}, "--amount"},
+                      UsageCase{{"sale", "--amount", "ten"}, "--amount"},
+                      UsageCase{{"sale", "--amount", "1000", "--credit", "--debit"}, "excludes"},
+                      UsageCase{{"sale", "--amount", "1000", "--instalments", "-1"}, "--instalments"},
+                      UsageCase{{"list", "--pan", "123"}, "last four digits"},
+                      UsageCase{{"list", "--pan", "12a4"}, "last four digits"},
+                      UsageCase{{"list", "--pan", "1234", "--card"}, "excludes"},
+                      UsageCase{{"enroll"}, "KOVRACODE"},
+                      UsageCase{{"display", "one", "two"}, "two"},
+                      UsageCase{{"receipt", "ABC"}, "--to"},
+                      UsageCase{{"--read-timeout", "0", "connect"}, "--read-timeout"},
+                      UsageCase{{"demo", "--pause", "-1"}, "--pause"}));
+
+TEST(KovraCliHelpTest, EveryCommandHasHelp) {
+    const std::vector<std::vector<std::string>> commands{
+        {},          {"connect"},  {"enroll"},  {"deactivate"}, {"tables"},    {"tables", "download"},
+        {"tables", "load"},        {"display"}, {"card-pan"},   {"sale"},      {"cancel"},
+        {"list"},    {"merchants"}, {"receipt"}, {"feedback"},  {"version"},   {"demo"}};
+    for (const auto& command : commands) {
+        auto arguments = command;
+        arguments.push_back("--help");
+        auto result = runKovra(arguments);
+        std::string usage = "Usage: kovra";
+        for (const auto& word : command) usage += " " + word;
+        EXPECT_EQ(result.exitCode, 0) << usage;
+        EXPECT_NE(result.out.find(usage), std::string::npos) << result.out;
+        EXPECT_EQ(result.err, "");
+    }
+}
+
+struct DictionaryCase {
+    std::string name;
+    std::string contents;  // empty: no file at all
+    std::string says;
+};
+
+void PrintTo(const DictionaryCase& dictionary, std::ostream* out) { *out << dictionary.name; }
+
+class KovraCliDictionaryTest : public ::testing::TestWithParam<DictionaryCase> {};
+
+TEST_P(KovraCliDictionaryTest, UnusableDictionaryIsAUsageError) {
+    KVRTempDirectory directory;
+    std::string file = directory.file("Info.plist");
+    if (!GetParam().contents.empty()) std::ofstream(file) << GetParam().contents;
+    // Given as an option and through the environment.
+    for (const auto& [arguments, environment] :
+         std::vector<std::pair<std::vector<std::string>, std::vector<std::string>>>{
+             {{"--info", file, "merchants"}, {}}, {{"merchants"}, {"KOVRA_INFO_PLIST=" + file}}}) {
+        auto env = environment;
+        env.push_back("KOVRA_DATA_DIR=" + directory.file("data"));
+        auto result = runKovra(arguments, env);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_EQ(result.out, "");
+        ASSERT_EQ(result.errorLines().size(), 1u) << result.err;
+        EXPECT_EQ(result.err, "kovra: cannot use the information dictionary " + file + ": " + GetParam().says + "\n");
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, KovraCliDictionaryTest,
+    ::testing::Values(DictionaryCase{"Missing", "", "no such file"},
+                      DictionaryCase{"NotAPropertyList", "Kovra Pinpad = /dev/ttyACM0\n", "not a property list"},
+                      DictionaryCase{"ArrayAtTheRoot",
+                                     "<?xml version=\"1.0\"?><plist version=\"1.0\"><array><string>x</string>"
+                                     "</array></plist>",
+                                     "root is not a dictionary"}),
+    [](const auto& info) { return info.param.name; });
+
+TEST(KovraCliVersionTest, TextAndJsonNameTheLibraryVersion) {
+    auto text = runKovra({"version"});
+    EXPECT_EQ(text.exitCode, 0);
+    EXPECT_EQ(text.out, std::string("kovra ") + KovraSDKVersionString + " (library version number " +
+                            std::to_string(static_cast<long long>(KovraSDKVersionNumber)) + ")\n");
+    auto json = runKovra({"--json", "version"});
+    ASSERT_EQ(json.exitCode, 0);
+    auto document = nlohmann::json::parse(json.out);
+    EXPECT_EQ(document["version"], KovraSDKVersionString);
+    EXPECT_EQ(document["versionNumber"], static_cast<long long>(KovraSDKVersionNumber));
+}
+
+}  // namespace

@@ -1,0 +1,105 @@
+// `kovra demo` from a clean machine: both emulators started and stopped by it.
+#include "KovraCliProcess.h"
+
+#include "support/KVRTempDirectory.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+namespace {
+
+using namespace std::chrono_literals;
+namespace fs = std::filesystem;
+
+bool isEmpty(const std::string& directory) { return fs::is_empty(directory); }
+
+// Processes whose command line mentions the text (the emulators name their
+// work directory in their arguments).
+int processesMentioning(const std::string& text) {
+    int count = 0;
+    for (const auto& entry : fs::directory_iterator("/proc")) {
+        std::ifstream in(entry.path() / "cmdline", std::ios::binary);
+        std::string line((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        if (line.find(text) != std::string::npos) ++count;
+    }
+    return count;
+}
+
+TEST(KovraDemoTest, RunsAMerchantsDayAndCleansUp) {
+    KVRTempDirectory temporary;
+    auto result = runKovra({"demo", "--pause", "0"}, {"TMPDIR=" + temporary.path()}, 120s);
+    ASSERT_EQ(result.exitCode, 0) << result.out << result.err;
+    for (const char* expected : {
+             "[1/9] Enrol the merchant with KovraCode KOVRA-0001",
+             "[2/9] Download the EMV tables",
+             "[3/9] Connect to the PIN pad",
+             "the PIN pad reported missing tables",
+             "the PIN pad shows \"TRANSACAO / APROVADA\"",
+             "declined as expected: error 211: Your transaction was rejected by Authorizer.",
+             "[6/9] Magnetic-stripe sale",
+             "card                **** 4444",
+             "status now: Transação Cancelada",
+             "\"template\": \"void_transaction\"",
+             "sales           3: 2 approved, 1 declined; 1 cancelled",
+             "the write pause of 0 s after each cost 0 s",
+         }) {
+        EXPECT_NE(result.out.find(expected), std::string::npos) << expected << "\n" << result.out;
+    }
+    EXPECT_EQ(result.out.find("FAILED"), std::string::npos) << result.out;
+    EXPECT_TRUE(isEmpty(temporary.path()));
+}
+
+TEST(KovraDemoTest, KeptDirectoryServesLaterCommands) {
+    KVRTempDirectory temporary;
+    std::string kept = temporary.file("demo");
+    auto result = runKovra({"demo", "--pause", "0", "--keep", kept}, {}, 120s);
+    ASSERT_EQ(result.exitCode, 0) << result.out << result.err;
+    EXPECT_EQ(processesMentioning(kept), 0);
+
+    // The pause line counts the requests the PIN pad emulator logged.
+    std::ifstream log(kept + "/pinpad-commands.log");
+    int commands = 0;
+    for (std::string line; std::getline(log, line);) commands += line.empty() ? 0 : 1;
+    EXPECT_NE(result.out.find("PIN pad         " + std::to_string(commands) + " commands"), std::string::npos)
+        << result.out;
+
+    auto listed = runKovra({"--info", kept + "/Info.plist", "--data-dir", kept + "/data", "--json", "list"});
+    ASSERT_EQ(listed.exitCode, 0) << listed.err;
+    std::multiset<int> statuses;
+    for (const auto& transaction : nlohmann::json::parse(listed.out)) statuses.insert(transaction["status"].get<int>());
+    EXPECT_EQ(statuses, (std::multiset<int>{1, 2, 5}));
+
+    auto again = runKovra({"demo", "--keep", kept});
+    EXPECT_EQ(again.exitCode, 2);
+    EXPECT_EQ(again.err, "kovra: --keep needs a new or empty directory; " + kept + " is not empty\n");
+}
+
+TEST(KovraDemoTest, CtrlCStopsTheEmulatorsAndRemovesItsDirectory) {
+    KVRTempDirectory temporary;
+    // With the library's write pause the sales take seconds: time to interrupt one.
+    KovraCliProcess demo({"demo", "--pause", "0.5"}, {"TMPDIR=" + temporary.path()});
+    ASSERT_TRUE(demo.waitForOutput("[4/9]", 60s));
+    demo.interrupt();
+    auto result = demo.finish(20s);
+    EXPECT_EQ(result.exitCode, 130);
+    EXPECT_NE(result.err.find("kovra: interrupted"), std::string::npos) << result.err;
+    EXPECT_EQ(processesMentioning(temporary.path()), 0);
+    EXPECT_TRUE(isEmpty(temporary.path()));
+}
+
+TEST(KovraDemoTest, MissingEmulatorsAreNamed) {
+    KVRTempDirectory alone;
+    std::string copy = alone.file("kovra");
+    fs::copy_file(KOVRA_CLI_BINARY, copy);
+    fs::permissions(copy, fs::perms::owner_all);
+    auto result = KovraCliProcess({"demo"}, {"PATH=" + alone.path(), "TMPDIR=" + alone.path()}, copy).finish();
+    EXPECT_EQ(result.exitCode, 1);
+    ASSERT_EQ(result.errorLines().size(), 1u) << result.err;
+    EXPECT_EQ(result.err.rfind("kovra: cannot find kovra-acquirer-sim", 0), 0u) << result.err;
+}
+
+}  // namespace
