@@ -1,11 +1,13 @@
 #pragma once
 
 #include <any>
+#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 struct KVRNotification {
@@ -23,6 +25,10 @@ public:
     static KVRNotificationCenter& defaultCenter();
 
     Token addObserver(const std::string& name, Observer observer);
+    /// Once this returns the observer is not called again: a call running on
+    /// another thread is waited for (one on the calling thread, i.e. an
+    /// observer removing itself, is not). So an object may remove its
+    /// observer in its destructor while other threads post.
     void removeObserver(Token token);
     void postNotification(const std::string& name, std::any object = {});
 
@@ -32,7 +38,17 @@ private:
         std::string name;
         std::shared_ptr<Observer> observer;
     };
+    struct RunningCall {
+        Token token;
+        std::thread::id thread;
+    };
+    bool isRegistered(Token token) const;
+    bool runsElsewhere(Token token) const;
+    void callIfRegistered(Token token, const Observer& observer, const KVRNotification& notification);
+
     std::mutex mutex_;
+    std::condition_variable callFinished_;
     std::vector<Entry> entries_;
+    std::vector<RunningCall> running_;
     Token next_ = 1;
 };

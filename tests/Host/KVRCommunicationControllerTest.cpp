@@ -97,17 +97,30 @@ auto onOwnThread(F work) {
     return result;
 }
 
-int unusedLoopbackPort() {
-    int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address));
-    socklen_t length = sizeof(address);
-    getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
-    close(fd);
-    return ntohs(address.sin_port);
-}
+// A loopback port where nobody listens. The socket stays bound (and never
+// listens) while the test runs: a port that was merely free a moment ago may
+// be taken by another program's server before the test connects to it.
+class RefusingLoopbackPort {
+public:
+    RefusingLoopbackPort() : fd_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        bind(fd_, reinterpret_cast<sockaddr*>(&address), sizeof(address));
+        socklen_t length = sizeof(address);
+        getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &length);
+        port_ = ntohs(address.sin_port);
+    }
+    ~RefusingLoopbackPort() { close(fd_); }
+    RefusingLoopbackPort(const RefusingLoopbackPort&) = delete;
+    RefusingLoopbackPort& operator=(const RefusingLoopbackPort&) = delete;
+
+    std::string url(const std::string& path) const { return "https://127.0.0.1:" + std::to_string(port_) + path; }
+
+private:
+    int fd_;
+    int port_ = 0;
+};
 
 struct Exchange {
     std::optional<std::string> reply;
@@ -256,7 +269,8 @@ TEST_F(KVRCommunicationControllerTest, TimeOutIsReportedAsTimedOut) {
 TEST_F(KVRCommunicationControllerTest, TransportFailuresMapToUrlLoadingCodes) {
     LocalHttpsServer impostor(*stranger_);  // a certificate our CA never signed
     impostor.replyToEveryPost(200, "should not be read");
-    std::string refused = "https://127.0.0.1:" + std::to_string(unusedLoopbackPort()) + "/Authorize";
+    RefusingLoopbackPort closedPort;
+    std::string refused = closedPort.url("/Authorize");
 
     struct Case {
         const char* name;
@@ -355,7 +369,8 @@ TEST_F(KVRCommunicationControllerTest, JsonIsPostedWithJsonHeadersAndParsed) {
 TEST_F(KVRCommunicationControllerTest, JsonRepliesThatAreNotJsonOrDoNotArriveGiveNothing) {
     LocalHttpsServer server(*trusted_);
     server.replyToEveryPost(502, "<html>Bad gateway</html>", "text/html");
-    std::string refused = "https://127.0.0.1:" + std::to_string(unusedLoopbackPort()) + "/send";
+    RefusingLoopbackPort closedPort;
+    std::string refused = closedPort.url("/send");
     auto results = onOwnThread([&] {
         std::optional<KVRError> notJsonError;
         std::optional<KVRError> refusedError;

@@ -144,16 +144,18 @@ TEST(KVRSerialAccessory, UnreachableDevicesGiveNoSession) {
     EXPECT_FALSE(KVRSerialAccessory(pty.slavePath(), "", {"abecs-12345"}).openSession("abecs-12345"));
 }
 
-// A loopback listener on a free port.
+// A loopback listener on a free port. Without `listening` the port is only
+// held: connections to it are refused, and no other program can start
+// listening there while the test runs.
 class Listener {
 public:
-    Listener() {
+    explicit Listener(bool listening = true) {
         fd_ = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
         sockaddr_in address{};
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         ::bind(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address);
-        ::listen(fd_, 1);
+        if (listening) ::listen(fd_, 1);
         socklen_t length = sizeof address;
         ::getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &length);
         port_ = ntohs(address.sin_port);
@@ -207,12 +209,8 @@ TEST(KVRTcpAccessory, ExchangesBytesAndSeesThePeerGo) {
 }
 
 TEST(KVRTcpAccessory, RefusedConnectionGivesNoSession) {
-    std::string url;
-    {
-        Listener listener;
-        url = listener.url();
-    }
-    auto accessory = KVRTcpAccessory::fromUrl(url);
+    Listener closedPort(false);
+    auto accessory = KVRTcpAccessory::fromUrl(closedPort.url());
     ASSERT_TRUE(accessory);
     EXPECT_FALSE(accessory->openSession("abecs"));
 }

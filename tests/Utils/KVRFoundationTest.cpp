@@ -9,6 +9,8 @@
 #include "Utils/KVRStringUtil.h"
 #include "Utils/KVRUUID.h"
 
+#include <atomic>
+#include <future>
 #include <regex>
 #include <ostream>
 #include <thread>
@@ -82,6 +84,50 @@ TEST(KVRNotificationCenter, ObserversRunOnThePostingThreadUntilRemoved) {
     center.postNotification("KVRTestNote", std::string("two"));
     EXPECT_EQ(seen, std::vector<std::string>{"one"});
     EXPECT_EQ(where, std::this_thread::get_id());
+}
+
+// An object that removes its observer in its destructor must not be called
+// afterwards, even while another thread is posting to it.
+TEST(KVRNotificationCenter, RemovalWaitsForACallRunningOnAnotherThread) {
+    auto& center = KVRNotificationCenter::defaultCenter();
+    std::promise<void> entered;
+    std::promise<void> release;
+    std::shared_future<void> released = release.get_future().share();
+    std::atomic<bool> running{false};
+    auto token = center.addObserver("KVRTestSlowNote", [&](const KVRNotification&) {
+        running = true;
+        entered.set_value();
+        released.wait();
+        running = false;
+    });
+    std::thread poster([&] { center.postNotification("KVRTestSlowNote"); });
+    entered.get_future().wait();
+
+    auto removal = std::async(std::launch::async, [&] {
+        center.removeObserver(token);
+        return running.load();
+    });
+    // Held long enough for a removal that does not wait to return first.
+    bool returnedWhileHeld = removal.wait_for(std::chrono::milliseconds(200)) == std::future_status::ready;
+    release.set_value();
+    EXPECT_FALSE(removal.get()) << "removeObserver returned while its observer was running";
+    EXPECT_FALSE(returnedWhileHeld);
+    poster.join();
+}
+
+TEST(KVRNotificationCenter, ObserversMayRemoveThemselvesAndOthersDuringAPost) {
+    auto& center = KVRNotificationCenter::defaultCenter();
+    std::vector<std::string> calls;
+    KVRNotificationCenter::Token first = 0, second = 0;
+    first = center.addObserver("KVRTestNote", [&](const KVRNotification&) {
+        calls.push_back("first");
+        center.removeObserver(first);  // on its own thread: must not wait for itself
+        center.removeObserver(second);
+    });
+    second = center.addObserver("KVRTestNote", [&](const KVRNotification&) { calls.push_back("second"); });
+    center.postNotification("KVRTestNote");
+    center.postNotification("KVRTestNote");
+    EXPECT_EQ(calls, std::vector<std::string>{"first"}) << "a removed observer is not called, even later in the same post";
 }
 
 TEST(KVRVersion, ConstantsMatchTheProjectVersion) {

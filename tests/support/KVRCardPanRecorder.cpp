@@ -2,10 +2,10 @@
 
 KVRCardProvider::Completion KVRCardPanRecorder::block() {
     return [this](bool success, std::optional<std::string> digits, std::optional<KVRError> error) {
-        {
-            std::lock_guard lock(mutex_);
-            calls_.push_back({success, std::move(digits), std::move(error), std::this_thread::get_id()});
-        }
+        // Notified under the lock: the test may return from waitForCalls and
+        // destroy this recorder as soon as it sees the call.
+        std::lock_guard lock(mutex_);
+        calls_.push_back({success, std::move(digits), std::move(error), std::this_thread::get_id()});
         changed_.notify_all();
     };
 }
