@@ -67,6 +67,7 @@ protected:
     // The generic operations behind KVRRecord.
     static std::shared_ptr<KVRManagedObject> insertNewObject(const KVREntityDescription& entity);
     static std::vector<std::shared_ptr<KVRManagedObject>> fetchAll(const KVREntityDescription& entity);
+    static long long countAll(const KVREntityDescription& entity);
     static std::vector<std::shared_ptr<KVRManagedObject>> fetchByAttribute(const KVREntityDescription& entity,
                                                                            const std::string& attribute,
                                                                            const KVRAttributeValue& value);

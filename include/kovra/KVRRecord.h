@@ -26,6 +26,8 @@ public:
     /// Stored rows first, in the order they were written, then new records in
     /// the order they were created.
     static List findAll() { return cast(KVRManagedObject::fetchAll(Model::entity())); }
+    /// As many as findAll() returns, without loading them.
+    static long long countAll() { return KVRManagedObject::countAll(Model::entity()); }
 
     static List findAllByAttribute(const std::string& attribute, const std::string& value) {
         return findAllMatching(attribute, KVRAttributeValue(value));

@@ -209,6 +209,11 @@ std::vector<std::shared_ptr<KVRManagedObject>> KVRManagedObject::fetchAll(const 
     return sharedContext()->fetch(entity, nullptr);
 }
 
+long long KVRManagedObject::countAll(const KVREntityDescription& entity) {
+    Lock lock(KVRManagedObjectContext::mutex());
+    return sharedContext()->count(entity);
+}
+
 std::vector<std::shared_ptr<KVRManagedObject>> KVRManagedObject::fetchByAttribute(const KVREntityDescription& entity,
                                                                                   const std::string& attribute,
                                                                                   const KVRAttributeValue& value) {

@@ -64,6 +64,22 @@ std::vector<KVRManagedObjectContext::ObjectPointer> KVRManagedObjectContext::fet
     return result;
 }
 
+long long KVRManagedObjectContext::count(const KVREntityDescription& entity) {
+    if (!store_) return 0;
+    auto stored = store_->countRows(entity);
+    if (!stored) {
+        KVRLoggingUtil::console("Problem! " + store_->lastError().description());
+        return 0;
+    }
+    // Deleted records are still rows until the next save; new ones are not yet.
+    long long total = *stored;
+    for (const auto& object : deleted_)
+        if (matches(*object, entity, nullptr)) --total;
+    for (const auto& object : inserted_)
+        if (matches(*object, entity, nullptr)) ++total;
+    return total;
+}
+
 std::optional<std::vector<KVRStoredRow>> KVRManagedObjectContext::selectRows(const KVREntityDescription& entity,
                                                                             const KVRFetchCondition* condition) {
     if (!condition) return store_->selectRows(entity, nullptr);

@@ -46,6 +46,8 @@ public:
     ObjectPointer insertNewObject(const KVREntityDescription& entity);
     /// Empty (and logged) when the store cannot be read.
     std::vector<ObjectPointer> fetch(const KVREntityDescription& entity, const KVRFetchCondition* condition);
+    /// What fetch without a condition would return, counted without loading the rows.
+    long long count(const KVREntityDescription& entity);
     /// The record a link leads to, read from the store the first time.
     ObjectPointer followLink(const KVRRelationshipDescription& relationship, KVRObjectLink& link);
     /// Marks the record deleted and applies the delete rules to the records

@@ -190,6 +190,19 @@ std::optional<std::vector<KVRStoredRow>> KVRPersistentStore::selectRows(const KV
     return rows;
 }
 
+std::optional<long long> KVRPersistentStore::countRows(const KVREntityDescription& entity) {
+    auto kinds = model_.entitiesKindOf(entity);
+    std::string sql = "SELECT COUNT(*) FROM " + KVRStoreSchema::quoted(entity.tableName()) + " WHERE \"entity\" IN (";
+    for (size_t i = 0; i < kinds.size(); ++i) sql += i ? ", ?" : "?";
+    sql += ")";
+    KVRSQLiteStatement statement(db_, sql);
+    if (!statement.isValid()) return std::nullopt;
+    int index = 1;
+    for (const auto* kind : kinds) statement.bindText(index++, kind->name());
+    if (statement.step() != SQLITE_ROW) return std::nullopt;
+    return statement.columnInt64(0);
+}
+
 std::optional<KVRStoredRow> KVRPersistentStore::selectRow(const KVREntityDescription& root, std::int64_t id,
                                                           bool& failed) {
     KVRRowCondition condition{"id", KVRNumber(static_cast<long long>(id))};

@@ -47,6 +47,8 @@ public:
     std::optional<std::vector<KVRStoredRow>> selectRows(const KVREntityDescription& entity,
                                                         const KVRRowCondition* condition);
     std::optional<KVRStoredRow> selectRow(const KVREntityDescription& root, std::int64_t id, bool& failed);
+    /// How many rows the entity and its specialisations have, without reading them.
+    std::optional<long long> countRows(const KVREntityDescription& entity);
 
     bool beginTransaction();
     bool commitTransaction();

@@ -529,7 +529,7 @@ std::optional<std::string> KVRTransactionController::generateInitiatorTransactio
         // The ordinality of the day unit within the day unit: always 1, kept
         // because the host has always received it.
         long dayInDay = 1;
-        std::string count = KVRStringUtil::format("%li", static_cast<long>(KVRTransactionModel::findAll().size()));
+        std::string count = KVRStringUtil::format("%li", static_cast<long>(KVRTransactionModel::countAll()));
         if (count.size() < 4) count.insert(0, 4 - count.size(), '0');
         std::string vendor = KVRDirectories::vendorIdentifier();
         if (vendor.size() < 28) throw KVRException("NSRangeException", "The vendor identifier is too short.");

@@ -172,6 +172,29 @@ TEST_F(KVRObjectStoreTest, DeleteRemovesFromFindsAndDisk) {
     EXPECT_EQ(kept->reference(), "AGAIN");
 }
 
+TEST_F(KVRObjectStoreTest, CountsAgreeWithFindsWithoutLoadingRows) {
+    auto expectCounts = [] {
+        EXPECT_EQ(KVRTransactionModel::countAll(), static_cast<long long>(KVRTransactionModel::findAll().size()));
+        EXPECT_EQ(KVRAddressModel::countAll(), static_cast<long long>(KVRAddressModel::findAll().size()));
+        EXPECT_EQ(KVRAddress::countAll(), static_cast<long long>(KVRAddress::findAll().size()));
+    };
+    expectCounts();
+    auto first = makeTransaction("ONE");
+    makeTransaction("TWO");
+    EXPECT_EQ(KVRTransactionModel::countAll(), 2);  // pending records count at once
+    first->save();
+    KVRAddress::create();
+    KVRAddressModel::create()->save();
+    expectCounts();
+    EXPECT_EQ(KVRAddressModel::countAll(), 2);  // a specialised record counts for its base
+    EXPECT_EQ(KVRAddress::countAll(), 1);
+    first->deleteRecord();
+    expectCounts();
+    store.reopen();
+    expectCounts();
+    EXPECT_EQ(KVRTransactionModel::countAll(), 1);
+}
+
 TEST_F(KVRObjectStoreTest, MerchantAndTransactionsAreNavigableBothWays) {
     auto merchant = KVRMerchantModel::create();
     auto other = KVRMerchantModel::create();
