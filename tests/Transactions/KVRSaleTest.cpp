@@ -82,7 +82,7 @@ struct SaleRow {
     /// The FNC action code sent; none when no FNC is expected.
     std::optional<std::string> actionCode = std::nullopt;
     size_t authorisations = 1;
-    /// Cancellation advices: the spec's own after an exception on line, and
+    /// Cancellation advices: the one the sale always sends after an exception on line, and
     /// the reversal of anything the host approved, or may have approved, that
     /// does not end stored as approved.
     size_t cancellations = 0;
