@@ -146,7 +146,7 @@ void startSale(const std::shared_ptr<KVRTransactionModel>& transaction, KVRTrans
     });
 }
 
-// The specified entries hear only success and error.
+// The original entries hear only success and error.
 KVRTransactionProvider::SaleCompletion withoutRecord(KVRCompletion block) {
     return [block = std::move(block)](bool success, std::optional<KVRError> error, const auto&) {
         block(success, std::move(error));
