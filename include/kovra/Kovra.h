@@ -11,6 +11,8 @@
 #include <kovra/KVRError.h>
 #include <kovra/KVRErrors.h>
 #include <kovra/KVRException.h>
+#include <kovra/KVRJournalEntry.h>
+#include <kovra/KVRJournalProvider.h>
 #include <kovra/KVRKovraCodeActivationProvider.h>
 #include <kovra/KVRLoggingUtil.h>
 #include <kovra/KVRMailProvider.h>
@@ -23,6 +25,7 @@
 #include <kovra/KVRPinPadConnectionProvider.h>
 #include <kovra/KVRPinpadModel.h>
 #include <kovra/KVRQueues.h>
+#include <kovra/KVRStoreProvider.h>
 #include <kovra/KVRTableDownloaderProvider.h>
 #include <kovra/KVRTableLoaderProvider.h>
 #include <kovra/KVRTmsTableModel.h>

@@ -1,5 +1,6 @@
 #include "Persistence/KVRManagedObjectContext.h"
 
+#include <kovra/KVRErrors.h>
 #include <kovra/KVRLoggingUtil.h>
 
 #include "Persistence/KVREntityDescription.h"
@@ -9,6 +10,7 @@
 
 namespace {
 constexpr size_t kMinimumSweepSize = 64;
+constexpr long kNoStoreCode = 9999;
 }
 
 KVRManagedObjectContext::KVRManagedObjectContext(std::unique_ptr<KVRPersistentStore> store) : store_(std::move(store)) {}
@@ -197,17 +199,38 @@ void KVRManagedObjectContext::objectDidChange(KVRManagedObject& object) {
     updated_.push_back(object.shared_from_this());
 }
 
-std::optional<KVRError> KVRManagedObjectContext::save() {
-    if (!hasChanges() || !store_) return std::nullopt;
+std::optional<KVRError> KVRManagedObjectContext::save(const std::function<bool(KVRPersistentStore&)>& alsoWrite) {
+    if (!store_) {
+        if (!alsoWrite) return std::nullopt;
+        return KVRError(KovraDomain, kNoStoreCode, {{NSLocalizedDescriptionKey, "There is no store to write to."}});
+    }
+    if (!hasChanges() && !alsoWrite) return std::nullopt;
     std::map<const KVRManagedObject*, std::int64_t> newIds;
     if (!store_->beginTransaction()) return store_->lastError();
-    if (!writeChanges(newIds) || !store_->commitTransaction()) {
+    if (!writeChanges(newIds) || (alsoWrite && !alsoWrite(*store_)) || !store_->commitTransaction()) {
         KVRError error = store_->lastError();
         store_->rollbackTransaction();
         return error;
     }
     didSave(newIds);
     return std::nullopt;
+}
+
+std::optional<KVRError> KVRManagedObjectContext::saveOnly(const std::vector<ObjectPointer>& objects,
+                                                         const std::function<bool(KVRPersistentStore&)>& alsoWrite) {
+    auto chosen = [&objects](const ObjectPointer& object) {
+        return std::find(objects.begin(), objects.end(), object) != objects.end();
+    };
+    std::vector<ObjectPointer> others[3];
+    std::vector<ObjectPointer>* lists[3] = {&inserted_, &updated_, &deleted_};
+    for (int i = 0; i < 3; ++i) {
+        auto split = std::stable_partition(lists[i]->begin(), lists[i]->end(), chosen);
+        others[i].assign(split, lists[i]->end());
+        lists[i]->erase(split, lists[i]->end());
+    }
+    auto error = save(alsoWrite);
+    for (int i = 0; i < 3; ++i) lists[i]->insert(lists[i]->end(), others[i].begin(), others[i].end());
+    return error;
 }
 
 // New rows are made first so that links between new records can name them.

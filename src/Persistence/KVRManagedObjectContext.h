@@ -7,6 +7,7 @@
 #include "Persistence/KVRPersistentStore.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -54,9 +55,16 @@ public:
     /// that point at it. Written by the next save.
     void deleteObject(const ObjectPointer& object);
     void objectDidChange(KVRManagedObject& object);
-    /// Writes every pending change in one transaction. On failure nothing is
+    /// Writes every pending change in one transaction, together with what
+    /// `alsoWrite` writes (it returns false on failure). On failure nothing is
     /// written and the changes stay pending.
-    std::optional<KVRError> save();
+    std::optional<KVRError> save(const std::function<bool(KVRPersistentStore&)>& alsoWrite = {});
+    /// As save, but only the changes of `objects` (stored records whose
+    /// links lead to stored records); every other change stays pending.
+    std::optional<KVRError> saveOnly(const std::vector<ObjectPointer>& objects,
+                                     const std::function<bool(KVRPersistentStore&)>& alsoWrite);
+    /// The store behind the context; null without one.
+    KVRPersistentStore* store() const { return store_.get(); }
 
     /// Whether the record belongs to this context and is not deleted.
     bool owns(const KVRManagedObject& object) const;

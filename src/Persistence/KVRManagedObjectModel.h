@@ -11,7 +11,7 @@ class KVRManagedObjectModel {
 public:
     /// Raised whenever a table or column is added; a store of a higher
     /// version is refused rather than changed.
-    static constexpr int kSchemaVersion = 1;
+    static constexpr int kSchemaVersion = 2;
 
     static const KVRManagedObjectModel& sharedModel();
 

@@ -4,7 +4,9 @@
 #include "Persistence/KVRManagedObjectModel.h"
 
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 /// Owns the object store: the model, the SQLite file "KovraSDK.sqlite" in the
 /// store directory, and the one context every record lives in. The store is
@@ -26,6 +28,17 @@ public:
     /// Saves the context when it has changes; a failure is logged.
     void saveContext();
 
+    /// What went wrong when the store was opened: no store could be used, or
+    /// an unreadable one was moved aside. Opens the store first.
+    std::optional<std::string> storeProblem();
+    /// Unreadable stores moved aside beside this one, oldest first.
+    std::vector<std::string> setAsideStores() const;
+    std::string storePath() const;
+    /// Checkpoints and closes the store (records of it become detached); the
+    /// next use opens it again. At process exit this runs by itself and the
+    /// store is not opened again.
+    void closeStore();
+
     /// Test seam: closes the store and drops the context (records of it become
     /// detached). The next use opens the store again where KVRDirectories
     /// points then.
@@ -33,7 +46,9 @@ public:
 
 private:
     KVRPersistenceController() = default;
-    std::unique_ptr<KVRPersistentStore> openStore() const;
+    std::unique_ptr<KVRPersistentStore> openStore();
 
     std::shared_ptr<KVRManagedObjectContext> context_;
+    std::optional<std::string> problem_;
+    bool exiting_ = false;
 };

@@ -43,6 +43,18 @@ KVRStoredRow readRow(const KVRSQLiteStatement& statement, const KVREntityDescrip
     return row;
 }
 
+// Card data and the merchant's keys are for this user alone. SQLite gives the
+// log and shared-memory files the database file's mode, so setting it before
+// the first write covers them as they are made.
+void restrictToOwner(const std::string& path) {
+    for (const char* suffix : {"", "-wal", "-shm"}) {
+        std::error_code ec;
+        if (!fs::exists(path + suffix, ec)) continue;
+        fs::permissions(path + suffix, fs::perms::owner_read | fs::perms::owner_write, fs::perm_options::replace, ec);
+        if (ec) KVRLoggingUtil::console("Can't restrict " + path + suffix + " to its owner [" + ec.message() + "]");
+    }
+}
+
 std::string uniqueAsidePath(const std::string& path) {
     std::string stamp = KVRDateUtil::dateStringWithFormat("yyyyMMdd-HHmmss", KVRClock::now());
     std::string candidate = path + ".corrupt-" + stamp;
@@ -77,6 +89,7 @@ KVRPersistentStore::OpenResult KVRPersistentStore::openFile(KVRError& error) {
     }
     sqlite3_extended_result_codes(db_, 1);
     sqlite3_busy_timeout(db_, kBusyTimeoutMilliseconds);
+    restrictToOwner(path_);
     OpenResult result = inspect(error);
     if (result == OpenResult::Opened) {
         if (auto failure = configureAndMigrate()) {
@@ -159,7 +172,15 @@ bool KVRPersistentStore::moveAside(const KVRError& reason) {
     }
     KVRLoggingUtil::console("The store " + path_ + " could not be read (" + reason.localizedDescription() +
                             "); moved it to " + aside + " and made a new store");
+    setAsidePath_ = aside;
     return true;
+}
+
+void KVRPersistentStore::checkpointAndClose() {
+    if (db_ && !run(db_, "PRAGMA wal_checkpoint(TRUNCATE)")) {
+        KVRLoggingUtil::console("The store " + path_ + " could not be checkpointed: " + lastError().description());
+    }
+    close();
 }
 
 void KVRPersistentStore::close() {

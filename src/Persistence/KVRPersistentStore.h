@@ -60,6 +60,13 @@ public:
 
     /// The last SQLite failure as an error value.
     KVRError lastError() const;
+    /// Where the unreadable file found at open was moved; empty when none was.
+    const std::string& setAsidePath() const { return setAsidePath_; }
+    /// The open database, for tables kept beside the record types' (the journal).
+    sqlite3* database() const { return db_; }
+    /// Copies the write-ahead log into the database file and closes it, so
+    /// that the file alone holds everything.
+    void checkpointAndClose();
 
 private:
     enum class OpenResult { Opened, Unreadable, Newer, Failed };
@@ -76,6 +83,7 @@ private:
     KVRError sqliteError(int code) const;
 
     std::string path_;
+    std::string setAsidePath_;
     const KVRManagedObjectModel& model_;
     sqlite3* db_ = nullptr;
 };

@@ -1,5 +1,6 @@
 #include "Persistence/KVRStoreSchema.h"
 
+#include "Persistence/KVRJournal.h"
 #include "Persistence/KVRSQLiteStatement.h"
 
 #include <sqlite3.h>
@@ -41,6 +42,7 @@ bool KVRStoreSchema::apply(sqlite3* db) const {
     for (const auto* root : model_.rootEntities()) {
         if (!applyTable(db, *root)) return false;
     }
+    if (!KVRJournal::createTable(db)) return false;
     return run(db, "PRAGMA user_version = " + std::to_string(KVRManagedObjectModel::kSchemaVersion));
 }
 

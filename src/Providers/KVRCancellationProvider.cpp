@@ -1,11 +1,16 @@
 #include <kovra/KVRCancellationProvider.h>
 #include <kovra/KVRErrors.h>
 #include <kovra/KVRLoggingUtil.h>
+#include <kovra/KVRMerchantModel.h>
 #include <kovra/KVRQueues.h>
 #include <kovra/KVRTransactionModel.h>
 #include <kovra/KVRValidationProvider.h>
 
-#include "Transactions/KVRCancellationController.h"
+#include "Persistence/KVRJournal.h"
+#include "Platform/KVRProcessInfo.h"
+#include "Transactions/KVRRecoveryScheduler.h"
+#include "Transactions/KVRReversalController.h"
+#include "Utils/KVRClock.h"
 
 namespace {
 
@@ -21,21 +26,43 @@ bool isCancellable(const std::shared_ptr<KVRTransactionModel>& transaction) {
     return transaction && !transaction->isDeleted() && transaction->status() == kApprovedStatus;
 }
 
-void markCancelled(KVRTransactionModel& transaction) {
-    if (transaction.isDeleted()) {
-        KVRLoggingUtil::printLog("Cancelled at the acquirer; the transaction record is no longer stored");
-        return;
-    }
-    transaction.setStatus(kCancelledStatus);
-    transaction.save();
+KVRJournalEntry cancellationEntry(const KVRTransactionModel& transaction) {
+    KVRJournalEntry entry;
+    entry.kind = KVRJournalEntry::Kind::Cancellation;
+    entry.state = KVRJournalEntry::kCancellationPending;
+    entry.date = KVRClock::now();
+    entry.initiatorTransactionKey = transaction.initiatorTransactionKey().value_or("");
+    entry.reference = transaction.reference();
+    if (auto amount = transaction.amount()) entry.amount = amount->description();
+    if (auto merchant = transaction.merchant()) entry.merchantKey = merchant->saleAffiliationKey();
+    entry.receiptTransactionKey = transaction.receiptTransactionKey();
+    entry.authorisationCode = transaction.authorisationCode();
+    entry.processIdentifier = KVRProcessInfo::currentIdentifier();
+    return entry;
 }
 
+// The advice is journalled before it goes, so that an answer lost on the way
+// is asked for again; the record becomes cancelled with the journal's entry.
 void cancel(const std::shared_ptr<KVRTransactionModel>& transaction, const KVRCompletion& block) {
-    KVRCancellationController controller;
-    controller.sendCancellationWithTransaction(transaction, [&](bool success, std::optional<KVRError> error) {
-        if (success) markCancelled(*transaction);
-        complete(block, success, std::move(error));
-    });
+    KVRRecoveryScheduler::runNow();
+    if (transaction->status() == kCancelledStatus) {  // finished by the recovery: an earlier answer was lost
+        complete(block, true, std::nullopt);
+        return;
+    }
+    KVRJournalEntry entry = cancellationEntry(*transaction);
+    if (!KVRJournal::append(entry)) {
+        complete(block, false, KVRErrors::transactionFailed());
+        return;
+    }
+    KVRReversalController::hold(entry.identifier);
+    auto verdict = KVRReversalController::sendAdvice(entry, transaction);
+    KVRReversalController::release(entry.identifier);
+    if (entry.state == KVRJournalEntry::kCancellationPending) KVRRecoveryScheduler::scheduleRetry();
+    bool success = verdict.outcome == KVRAdviceOutcome::Approved;
+    if (success && transaction->isDeleted()) {
+        KVRLoggingUtil::printLog("Cancelled at the acquirer; the transaction record is no longer stored");
+    }
+    complete(block, success, verdict.error);
 }
 
 }  // namespace
@@ -54,5 +81,6 @@ void KVRCancellationProvider::cancelTransaction(const std::shared_ptr<KVRTransac
         complete(block, false, KVRErrors::missingKovracodeActivation());
         return;
     }
+    KVRRecoveryScheduler::libraryUsed();
     KVRQueues::global(KVRQueuePriority::High).async([transaction, block = std::move(block)] { cancel(transaction, block); });
 }

@@ -5,6 +5,7 @@
 #include <kovra/KVRValidationProvider.h>
 
 #include "Providers/KVRActivationController.h"
+#include "Transactions/KVRRecoveryScheduler.h"
 
 namespace {
 
@@ -56,7 +57,11 @@ void KVRKovraCodeActivationProvider::activateKovraCode(const std::string& kovraC
         complete(block, false, KVRErrors::kovracodeAlreadyActivated());
         return;
     }
-    KVRQueues::global(KVRQueuePriority::High).async([kovraCode, block = std::move(block)] { enrol(kovraCode, block); });
+    KVRRecoveryScheduler::libraryUsed();
+    KVRQueues::global(KVRQueuePriority::High).async([kovraCode, block = std::move(block)] {
+        KVRRecoveryScheduler::runNow();
+        enrol(kovraCode, block);
+    });
 }
 
 void KVRKovraCodeActivationProvider::deactivateMerchant(const std::shared_ptr<KVRMerchantModel>& merchant) {

@@ -8,6 +8,7 @@
 #include <kovra/KVRValidationProvider.h>
 
 #include "Utils/KVRMailController.h"
+#include "Transactions/KVRRecoveryScheduler.h"
 
 namespace {
 
@@ -22,7 +23,9 @@ std::string supportMailbox() {
 // when the service answered, emailMessageError for anything else.
 void sendInBackground(std::function<std::optional<nlohmann::json>(std::optional<KVRError>*)> send,
                       KVRCompletion block) {
+    KVRRecoveryScheduler::libraryUsed();
     KVRQueues::global(KVRQueuePriority::Default).async([send = std::move(send), block = std::move(block)] {
+        KVRRecoveryScheduler::runNow();
         std::optional<KVRError> error;
         bool sent = send(&error).has_value();
         if (!sent) {

@@ -4,12 +4,14 @@
 #include "Persistence/KVRDataBaseController.h"
 #include "Pinpad/KVRConnectionProtocol.h"
 #include "Pinpad/KVRPinpadController.h"
+#include "Transactions/KVRRecoveryScheduler.h"
 
 // Runs on the caller's thread: the link's streams belong to no thread of
 // their own, so the caller only has to wait for the session to open.
 void KVRPinPadConnectionProvider::connectToPinpad(KVRCompletion block) {
     // Every connection first brings the legacy transaction file into the store.
     KVRDataBaseController::getsharedInstance().migrateDatabase();
+    KVRRecoveryScheduler::libraryUsed();
 
     auto& controller = KVRPinpadController::sharedController();
     controller.connectWithPaired();

@@ -7,6 +7,7 @@
 
 #include "Tms/KVRTmsController.h"
 #include "Utils/KVRStringUtil.h"
+#include "Transactions/KVRRecoveryScheduler.h"
 
 namespace {
 
@@ -38,5 +39,9 @@ void KVRTableDownloaderProvider::downLoadTables(KVRCompletion block) {
         block(false, KVRErrors::missingKovracodeActivation());
         return;
     }
-    KVRQueues::global(KVRQueuePriority::High).async([block] { download(block); });
+    KVRRecoveryScheduler::libraryUsed();
+    KVRQueues::global(KVRQueuePriority::High).async([block] {
+        KVRRecoveryScheduler::runNow();
+        download(block);
+    });
 }

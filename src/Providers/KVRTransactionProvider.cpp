@@ -7,7 +7,10 @@
 #include <kovra/KVRTransactionModel.h>
 #include <kovra/KVRValidationProvider.h>
 
+#include "Persistence/KVRJournal.h"
 #include "Pinpad/KVRDisplayText.h"
+#include "Transactions/KVRRecoveryScheduler.h"
+#include "Transactions/KVRReversalController.h"
 #include "Transactions/KVRTransactionController.h"
 
 #include <climits>
@@ -15,10 +18,12 @@
 namespace {
 
 constexpr long long kMinimumAmount = 10;
+constexpr long long kMaximumAmount = 999999999999;  // twelve digits: the widest amount the card and host take
 constexpr size_t kShortNameLimit = 16;
 constexpr int kLastResult = 9;
 constexpr int kFirstDeletedResult = 6;
 constexpr int kApproved = 2;
+constexpr int kFailure = 8;
 
 struct Instalments {
     int amount;
@@ -38,7 +43,7 @@ Instalments instalmentsFor(unsigned code) {
 // The entry checks, in their fixed order; the first that fails is reported.
 std::optional<KVRError> preconditionError(const KVRTransactionModel& transaction) {
     long long amount = transaction.amount() ? transaction.amount()->longLongValue() : 0;
-    if (amount < kMinimumAmount) return KVRErrors::invalidAmount();
+    if (amount < kMinimumAmount || amount > kMaximumAmount) return KVRErrors::invalidAmount();
     auto shortName = transaction.shortName();
     if (shortName && KVRDisplayText::characterCount(*shortName) > kShortNameLimit) {
         return KVRErrors::numberOfCharactersExceededForShortName();
@@ -64,9 +69,9 @@ std::optional<KVRError> errorForResult(int result) {
     }
 }
 
-int runSale(const std::shared_ptr<KVRTransactionModel>& transaction) {
+int runSale(KVRTransactionController& controller, const std::shared_ptr<KVRTransactionModel>& transaction) {
     try {
-        return KVRTransactionController().sendTransaction(transaction);
+        return controller.sendTransaction(transaction);
     } catch (const std::exception& exception) {
         KVRLoggingUtil::printLog(std::string("The sale ended with an exception: ") + exception.what());
         return 0;
@@ -75,40 +80,77 @@ int runSale(const std::shared_ptr<KVRTransactionModel>& transaction) {
 
 // Declined, partly approved and cancelled sales stay in the store; invalid,
 // timed-out, failed and aborted ones leave nothing, not even the PIN pad
-// record made for them.
-void keepOrDelete(const std::shared_ptr<KVRTransactionModel>& transaction, int result) {
-    if (result < 0 || result > kLastResult) return;
-    if (result < kFirstDeletedResult) {
-        transaction->save();
-        return;
+// record made for them. The journal entry is settled in the same save.
+bool keepOrDelete(const std::shared_ptr<KVRTransactionModel>& transaction, int result, KVRJournalEntry* entry) {
+    std::vector<std::shared_ptr<KVRManagedObject>> deletions;
+    if (result >= kFirstDeletedResult) {
+        deletions.push_back(transaction);
+        if (auto pinpad = transaction->pinpad()) deletions.push_back(pinpad);
     }
-    auto pinpad = transaction->pinpad();
-    transaction->deleteRecord();
-    if (pinpad) pinpad->deleteRecord();
+    if (entry) KVRReversalController::settle(*entry, result, deletions.empty());
+    return KVRJournal::commit(entry, deletions);
 }
 
-void report(const KVRCompletion& block, int result) {
+// Ends the sale in the store and the journal: an approval that cannot be
+// kept is reported as a failure and undone. Returns the result reported.
+int finishSale(KVRTransactionController& controller, const std::shared_ptr<KVRTransactionModel>& transaction, int result) {
+    auto& entry = controller.journalEntry();
+    KVRJournalEntry* settled = entry ? &*entry : nullptr;
+    std::string answered = entry ? entry->state : std::string();
+    transaction->setStatus(result);
+    if (!keepOrDelete(transaction, result, settled) && result == kApproved) {
+        KVRLoggingUtil::printLog("The approved sale could not be saved; it is undone and reported as failed");
+        result = kFailure;
+        transaction->setStatus(result);
+        if (entry) entry->state = answered;  // settled again, now as a sale that failed
+        keepOrDelete(transaction, result, settled);
+    }
+    if (!entry) return result;
+    KVRReversalController::release(entry->identifier);
+    if (entry->state == KVRJournalEntry::kReversalPending && entry->attempts == 0) {
+        auto verdict = KVRReversalController::sendAdvice(*entry);
+        if (verdict.outcome != KVRAdviceOutcome::Approved && verdict.outcome != KVRAdviceOutcome::Declined) {
+            KVRRecoveryScheduler::scheduleRetry();
+        }
+    } else if (entry->state == KVRJournalEntry::kReversalPending) {
+        KVRRecoveryScheduler::scheduleRetry();
+    }
+    return result;
+}
+
+void report(const KVRTransactionProvider::SaleCompletion& block, int result,
+            const std::shared_ptr<KVRTransactionModel>& transaction) {
     if (result < 0 || result > kLastResult) return;  // no such outcome: nothing to say
-    KVRQueues::deliverOnMain([block, result] {
+    auto record = result < kFirstDeletedResult ? transaction : nullptr;
+    KVRQueues::deliverOnMain([block, result, record] {
         if (result == kApproved) {
-            block(true, std::nullopt);
+            block(true, std::nullopt, record);
         } else {
-            block(false, errorForResult(result));
+            block(false, errorForResult(result), record);
         }
     });
 }
 
 // The sale itself runs on the main worker, one at a time with every other PIN
-// pad exchange; a background task hands it over and waits for it.
-void startSale(const std::shared_ptr<KVRTransactionModel>& transaction, KVRCompletion block) {
+// pad exchange; a background task hands it over and waits for it. What the
+// journal owes from earlier goes first.
+void startSale(const std::shared_ptr<KVRTransactionModel>& transaction, KVRTransactionProvider::SaleCompletion block) {
+    KVRRecoveryScheduler::libraryUsed();
     KVRQueues::global(KVRQueuePriority::Background).async([transaction, block = std::move(block)] {
         KVRQueues::main().sync([&transaction, &block] {
-            int result = runSale(transaction);
-            transaction->setStatus(result);
-            keepOrDelete(transaction, result);
-            report(block, result);
+            KVRRecoveryScheduler::runNow();
+            KVRTransactionController controller;
+            int result = finishSale(controller, transaction, runSale(controller, transaction));
+            report(block, result, transaction);
         });
     });
+}
+
+// The original entries hear only success and error.
+KVRTransactionProvider::SaleCompletion withoutRecord(KVRCompletion block) {
+    return [block = std::move(block)](bool success, std::optional<KVRError> error, const auto&) {
+        block(success, std::move(error));
+    };
 }
 
 }  // namespace
@@ -116,6 +158,14 @@ void startSale(const std::shared_ptr<KVRTransactionModel>& transaction, KVRCompl
 void KVRTransactionProvider::sendTransactionWithValue(long long value, unsigned transactionTypeSimplified,
                                                       unsigned instalmentTransaction, const std::string& transactionId,
                                                       KVRCompletion block) {
+    sendTransactionWithValueReturningRecord(value, transactionTypeSimplified, instalmentTransaction, transactionId,
+                                            withoutRecord(std::move(block)));
+}
+
+void KVRTransactionProvider::sendTransactionWithValueReturningRecord(long long value, unsigned transactionTypeSimplified,
+                                                                     unsigned instalmentTransaction,
+                                                                     const std::string& transactionId,
+                                                                     SaleCompletion block) {
     (void)transactionId;  // accepted for the application's sake; neither stored nor sent
     auto transaction = KVRTransactionModel::create();
     Instalments instalments = instalmentsFor(instalmentTransaction);
@@ -127,12 +177,10 @@ void KVRTransactionProvider::sendTransactionWithValue(long long value, unsigned 
     // where the next save anywhere would write it.
     if (auto error = preconditionError(*transaction)) {
         transaction->deleteRecord();
-        block(false, error);
+        block(false, error, nullptr);
         return;
     }
-    startSale(transaction, [block = std::move(block)](bool success, std::optional<KVRError> error) {
-        block(success, std::move(error));
-    });
+    startSale(transaction, std::move(block));
 }
 
 void KVRTransactionProvider::sendTransactionWithValueOrderIdentification(long long value,
@@ -148,10 +196,15 @@ void KVRTransactionProvider::sendTransactionWithValueOrderIdentification(long lo
 
 void KVRTransactionProvider::sendTransaction(const std::shared_ptr<KVRTransactionModel>& transaction,
                                              KVRCompletion block) {
+    sendTransactionReturningRecord(transaction, withoutRecord(std::move(block)));
+}
+
+void KVRTransactionProvider::sendTransactionReturningRecord(const std::shared_ptr<KVRTransactionModel>& transaction,
+                                                           SaleCompletion block) {
     std::optional<KVRError> error =
         transaction ? preconditionError(*transaction) : std::optional<KVRError>(KVRErrors::invalidAmount());
     if (error) {
-        block(false, error);
+        block(false, error, nullptr);
         return;
     }
     startSale(transaction, std::move(block));

@@ -12,24 +12,18 @@
 
 namespace {
 
-// A reply without the element reads as a decline, like an unknown code.
-KVRResponseCode responseCodeOf(const KVRAcceptorCancellationAdviceResponse& response) {
+// A reply without the element reads as a decline, like an unknown code, but
+// only a readable answer says the acquirer decided.
+KVRCancellationController::Verdict verdictOf(const KVRAcceptorCancellationAdviceResponse& response) {
     const auto& data = response.data;
     if (!data || !data->cancellationAdviceResponse || !data->cancellationAdviceResponse->transaction) {
-        return KVRResponseCodeDECL;
+        return {KVRAdviceOutcome::Unreadable, KVRErrors::transactionRejected()};
     }
-    return data->cancellationAdviceResponse->transaction->cancellationResponse;
-}
-
-std::optional<KVRError> errorForResponseCode(KVRResponseCode code) {
-    switch (code) {
-        case KVRResponseCodeAPPR:
-            return std::nullopt;
+    switch (data->cancellationAdviceResponse->transaction->cancellationResponse) {
+        case KVRResponseCodeAPPR: return {KVRAdviceOutcome::Approved, std::nullopt};
         case KVRResponseCodePART:
-        case KVRResponseCodeTECH:
-            return KVRErrors::transactionFailed();
-        default:
-            return KVRErrors::transactionRejected();
+        case KVRResponseCodeTECH: return {KVRAdviceOutcome::PartOrTechnical, KVRErrors::transactionFailed()};
+        default: return {KVRAdviceOutcome::Declined, KVRErrors::transactionRejected()};
     }
 }
 
@@ -37,7 +31,12 @@ std::optional<KVRError> errorForResponseCode(KVRResponseCode code) {
 
 void KVRCancellationController::sendCancellationWithTransaction(
     const std::shared_ptr<KVRTransactionModel>& transaction, const KVRCompletion& block) {
-    std::string advice = KVRAcceptorCancellationAdviceBuilder::createCancellationFactoryWithTransaction(*transaction)->write();
+    Verdict verdict = sendCancellationWithKeys(KVRCancellationKeys::of(*transaction));
+    block(verdict.outcome == KVRAdviceOutcome::Approved, verdict.error);
+}
+
+KVRCancellationController::Verdict KVRCancellationController::sendCancellationWithKeys(const KVRCancellationKeys& keys) {
+    std::string advice = KVRAcceptorCancellationAdviceBuilder::createCancellationWithKeys(keys)->write();
     KVRLoggingUtil::printLog(advice);
     std::optional<KVRError> error;
     auto reply = KVRCommunicationController::postXml(advice, KVRServiceEndpoint::cancellationUrl(), &error);
@@ -47,12 +46,8 @@ void KVRCancellationController::sendCancellationWithTransaction(
     }
     KVRLoggingUtil::printLog(reply.value_or(""));
 
-    if (!reply || reply->empty()) {
-        block(false, KVRErrors::nullResponse());
-        return;
-    }
+    if (!reply || reply->empty()) return {KVRAdviceOutcome::NoAnswer, KVRErrors::nullResponse()};
     KVRAcceptorCancellationAdviceResponse response;
     response.read(*reply);
-    auto failure = errorForResponseCode(responseCodeOf(response));
-    block(!failure, failure);
+    return verdictOf(response);
 }

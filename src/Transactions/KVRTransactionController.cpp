@@ -15,17 +15,22 @@
 #include "Host/Messages/KVRAcceptorAuthorisationResponse.h"
 #include "Host/Messages/KVRAuthorisationRequestFactory.h"
 #include "Host/TBXML.h"
+#include "Persistence/KVRJournal.h"
+#include "Pinpad/Commands/KVRFncCommandRequest.h"
 #include "Pinpad/KVRCardDataMasker.h"
 #include "Pinpad/KVRCommandController.h"
+#include "Platform/KVRProcessInfo.h"
 #include "Tms/KVRAid.h"
 #include "Tms/KVRTmsController.h"
 #include "Transactions/KVRCancellationController.h"
+#include "Transactions/KVRReversalController.h"
 #include "Utils/KVRClock.h"
 #include "Utils/KVRDateUtil.h"
 #include "Utils/KVRStringUtil.h"
 
 #include <execinfo.h>
 
+#include <algorithm>
 #include <map>
 
 namespace {
@@ -171,6 +176,28 @@ std::optional<std::string> digitOrNone(const std::string& digit) {
     return digit.empty() ? std::nullopt : std::optional<std::string>(digit);
 }
 
+bool isPresent(const std::optional<std::string>& text) { return text && !text->empty(); }
+
+// Transport failures that happen before a request leaves: nothing reached the
+// acquirer, so nothing can have been approved.
+bool neverLeft(const KVRError& error) {
+    if (error.domain() != NSURLErrorDomain) return false;
+    switch (error.code()) {
+        case NSURLErrorBadURL:
+        case NSURLErrorUnsupportedURL:
+        case NSURLErrorCannotFindHost:
+        case NSURLErrorCannotConnectToHost:
+        case NSURLErrorNotConnectedToInternet:
+        case NSURLErrorSecureConnectionFailed: return true;
+        default: return false;
+    }
+}
+
+// An approval the acquirer could not be asked to cancel is no approval to keep.
+bool carriesIdentifiers(const KVRJournalEntry& entry) {
+    return isPresent(entry.receiptTransactionKey) && isPresent(entry.hostReference) && isPresent(entry.authorisationCode);
+}
+
 }  // namespace
 
 struct KVRTransactionController::ServiceCode {
@@ -189,6 +216,8 @@ struct KVRTransactionController::ServiceCode {
 /// One authorisation exchange: the request as sent and what came back.
 struct KVRTransactionController::HostExchange {
     std::shared_ptr<KVRAcceptorAuthorisation> request;
+    /// False when the journal could not keep the request, which then was not sent.
+    bool journalled = false;
     std::optional<KVRError> error;
     std::optional<std::string> reply;
     std::shared_ptr<KVRAcceptorAuthorisationResponse> response;
@@ -205,6 +234,12 @@ struct KVRTransactionController::HostExchange {
         const auto& transaction = response->data->authorisationResponse->transaction;
         if (!transaction || !transaction->transactionDetails) return std::nullopt;
         return transaction->transactionDetails->iccRelatedData;
+    }
+    const KVRAuthorisationResultData& result() const {
+        return *response->data->authorisationResponse->transactionResponse->authorisationResult;
+    }
+    std::shared_ptr<KVRTransactionDataResponse> hostTransaction() const {
+        return response->data->authorisationResponse->transaction;
     }
 };
 
@@ -314,14 +349,14 @@ int KVRTransactionController::runChipOnline(const std::shared_ptr<KVRTransaction
     commands_->sendCommandDspWithMessage(kProcessing);
     HostExchange exchange = authorise(*transaction, gcr, &goc, nullptr);
     const KVRResponseToAuthorisationData* decision = exchange.decision();
-    if (exchange.error || !decision) {
+    auto mapped = decision ? chipDecision(decision->responseCode) : std::nullopt;
+    std::optional<std::string> iccData = decision ? exchange.iccData() : std::nullopt;
+    if (!exchange.journalled || exchange.error || !mapped ||
+        !acceptAnswer(*transaction, exchange, gcr, mapped->result, iccData)) {
         showChipMessage(kTransaction, "FALHOU");
         return kResultFailure;
     }
-    fillTransaction(*transaction, *exchange.response, gcr, *exchange.request);
-    auto mapped = chipDecision(decision->responseCode);
-    if (!mapped) return kResultUnknown;
-    return finishChip(mapped->actionCode, mapped->result, exchange.iccData());
+    return finishChip(mapped->actionCode, mapped->result, iccData);
 }
 
 int KVRTransactionController::finishChip(const std::string& actionCode, int result,
@@ -383,6 +418,10 @@ int KVRTransactionController::runStripeOnline(const std::shared_ptr<KVRTransacti
         }
     }
     HostExchange exchange = authorise(*transaction, gcr, nullptr, gpn.get());
+    if (!exchange.journalled) {
+        showStripeMessage(kStripeFailed);
+        return kResultFailure;
+    }
     if (exchange.error && exchange.error->domain() == NSURLErrorDomain &&
         exchange.error->code() == NSURLErrorTimedOut) {
         showStripeMessage(kStripeTimeout);
@@ -394,18 +433,15 @@ int KVRTransactionController::runStripeOnline(const std::shared_ptr<KVRTransacti
         return kResultFailure;
     }
     const KVRResponseToAuthorisationData* decision = exchange.decision();
-    if (!decision) {
+    bool approved = decision && (decision->responseCode == KVRResponseCodeAPPR || decision->responseCode == KVRResponseCodePART);
+    std::optional<std::string> noIssuerData;  // a stripe sale tells the card nothing
+    if (!decision ||
+        !acceptAnswer(*transaction, exchange, gcr, approved ? kResultApproved : kResultDeclined, noIssuerData)) {
         showStripeMessage(kStripeFailed);
         return kResultFailure;
     }
-    fillTransaction(*transaction, *exchange.response, gcr, *exchange.request);
-    switch (decision->responseCode) {
-        case KVRResponseCodeAPPR:
-        case KVRResponseCodePART: showStripeMessage(kStripeApproved); return kResultApproved;
-        case KVRResponseCodeDECL:
-        case KVRResponseCodeTECH: showStripeMessage(kStripeDeclined); return kResultDeclined;
-    }
-    return kResultUnknown;
+    showStripeMessage(approved ? kStripeApproved : kStripeDeclined);
+    return approved ? kResultApproved : kResultDeclined;
 }
 
 // ---- Host ----
@@ -420,9 +456,15 @@ KVRTransactionController::HostExchange KVRTransactionController::authorise(const
     std::string xml = exchange.request->write();
     // The request carries the card in clear: PAN and tracks stay out of logs unless asked for.
     KVRLoggingUtil::printLog(KVRLoggingUtil::logsCardData() ? xml : KVRCardDataMasker::maskDigitRuns(xml));
+    exchange.journalled = journalAuthorisation(transaction, *exchange.request);
+    if (!exchange.journalled) return exchange;
     authorisationSent_ = true;
     exchange.reply = KVRCommunicationController::postXml(xml, KVRServiceEndpoint::authorizerUrl(), &exchange.error);
     KVRLoggingUtil::printLog(exchange.reply.value_or(""));
+    if (exchange.error && neverLeft(*exchange.error)) {
+        journal_->state = KVRJournalEntry::kSettled;
+        KVRJournal::update(*journal_);
+    }
     if (exchange.error || !exchange.reply || exchange.reply->empty()) return exchange;
     exchange.response = std::make_shared<KVRAcceptorAuthorisationResponse>();
     exchange.response->read(*exchange.reply);
@@ -462,8 +504,68 @@ void KVRTransactionController::fillTransaction(KVRTransactionModel& transaction,
     }
     transaction.setReceiptTransactionKey(receiptKey);
     transaction.setReference(reference);
-    transaction.save();
+}
+
+// ---- Journal ----
+
+bool KVRTransactionController::journalAuthorisation(const KVRTransactionModel& transaction,
+                                                    const KVRAcceptorAuthorisation& request) {
+    KVRJournalEntry entry;
+    entry.kind = KVRJournalEntry::Kind::Authorisation;
+    entry.state = KVRJournalEntry::kSent;
+    entry.date = KVRClock::now();
+    entry.initiatorTransactionKey = transaction.initiatorTransactionKey().value_or("");
+    const auto& requestTransaction = request.authorisationRequest->transaction;
+    if (requestTransaction && requestTransaction->transactionIdentification) {
+        entry.reference = requestTransaction->transactionIdentification->transactionReference;
+    }
+    entry.amount = amountOf(transaction).description();
+    if (auto merchant = transaction.merchant()) entry.merchantKey = merchant->saleAffiliationKey();
+    entry.processIdentifier = KVRProcessInfo::currentIdentifier();
+    entry.keyCount = keyCount_;
+    if (!KVRJournal::append(entry)) {
+        KVRLoggingUtil::printLog("The authorisation is not sent: the journal cannot keep it");
+        return false;
+    }
+    KVRReversalController::hold(entry.identifier);
+    journal_ = entry;
+    return true;
+}
+
+void KVRTransactionController::noteAnswer(const HostExchange& exchange) {
+    journal_->state = KVRJournalEntry::kAnswered;
+    journal_->hostResponse = static_cast<int>(exchange.decision()->responseCode);
+    journal_->authorisationCode = exchange.result().authorisationCode;
+    if (auto hostTransaction = exchange.hostTransaction()) {
+        journal_->receiptTransactionKey = hostTransaction->recipientTransactionId;
+        if (hostTransaction->transactionId) journal_->hostReference = hostTransaction->transactionId->transactionReference;
+    }
+}
+
+// The host's answer goes to the record, with the status it decided, and to
+// the journal in one save. False when the sale cannot go on with it: an
+// approval without the identifiers that could cancel it, with issuer data
+// the card cannot be given, or that could not be saved. (Issuer data that
+// cannot be given is dropped from a decline.)
+bool KVRTransactionController::acceptAnswer(KVRTransactionModel& transaction, const HostExchange& exchange,
+                                            const KVRGcrCommandResponse& gcr, int result,
+                                            std::optional<std::string>& iccData) {
+    noteAnswer(exchange);
+    bool approved = journal_->hostApproved();
+    bool issuerDataFits = !iccData || KVRFncCommandRequest::isValidIssuerData(*iccData);
+    if (approved && (!carriesIdentifiers(*journal_) || !issuerDataFits)) {
+        KVRLoggingUtil::printLog(issuerDataFits ? "The approval carries no identifiers; it is undone"
+                                                : "The approval's issuer data cannot go to the card; it is undone");
+        KVRJournal::update(*journal_);
+        return false;
+    }
+    if (!issuerDataFits) iccData.reset();
+    fillTransaction(transaction, *exchange.response, gcr, *exchange.request);
+    transaction.setStatus(result);
+    bool saved = KVRJournal::commit(&*journal_);
+    auto receiptKey = transaction.receiptTransactionKey();
     KVRLoggingUtil::printLog(receiptKey ? "-----> " + *receiptKey : std::string("Não existe ARN !!"));
+    return saved || !approved;
 }
 
 // ---- Failures of the on-line part ----
@@ -488,6 +590,10 @@ int KVRTransactionController::recoverFromException(const std::shared_ptr<KVRTran
 }
 
 int KVRTransactionController::cancelAtHost(const std::shared_ptr<KVRTransactionModel>& transaction) {
+    if (journal_) {
+        auto verdict = KVRReversalController::sendAdvice(*journal_, transaction);
+        return verdict.outcome == KVRAdviceOutcome::Approved ? kResultCancelled : kResultUnknown;
+    }
     int outcome = kResultUnknown;
     try {
         KVRCancellationController().sendCancellationWithTransaction(
@@ -529,7 +635,9 @@ std::optional<std::string> KVRTransactionController::generateInitiatorTransactio
         // The ordinality of the day unit within the day unit: always 1, kept
         // because the host has always received it.
         long dayInDay = 1;
-        std::string count = KVRStringUtil::format("%li", static_cast<long>(KVRTransactionModel::countAll()));
+        long long counted = std::max(KVRTransactionModel::countAll(), KVRJournal::highestKeyCount().value_or(-1) + 1);
+        keyCount_ = counted;
+        std::string count = KVRStringUtil::format("%lli", counted);
         if (count.size() < 4) count.insert(0, 4 - count.size(), '0');
         std::string vendor = KVRDirectories::vendorIdentifier();
         if (vendor.size() < 28) throw KVRException("NSRangeException", "The vendor identifier is too short.");

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kovra/KVRJournalEntry.h>
+
 #include <exception>
 #include <functional>
 #include <memory>
@@ -21,8 +23,10 @@ class KVRTransactionModel;
 ///
 /// It runs on the main worker and blocks it for the whole sale. It never
 /// reports to the application: the caller turns the code into an error and
-/// keeps or deletes the record. The record is saved as soon as the host has
-/// answered, before the card is told, so an approved sale is never lost.
+/// keeps or deletes the record. The authorisation is journalled before it is
+/// posted (nothing is posted when it cannot be), and the host's answer is
+/// saved with the record, its status set to the host's decision, before the
+/// card is told; the caller settles the journal entry when the sale ends.
 class KVRTransactionController {
 public:
     KVRTransactionController();
@@ -38,9 +42,11 @@ public:
     int sendTransactionWithMagnectStripe(const std::shared_ptr<KVRTransactionModel>& transaction,
                                          const std::shared_ptr<KVRGcrCommandResponse>& gcrResponse);
 
-    /// "<serial without spaces>-<yy><day ordinality><record count, 4 digits at
+    /// "<serial without spaces>-<yy><day ordinality><count, 4 digits at
     /// least><vendor identifier characters 24-27><bundle version without dots>".
-    /// Nothing when it cannot be built.
+    /// The count is the number of records, but never less than one more than
+    /// the count of any key the acquirer was sent, so no key repeats when
+    /// records are deleted. Nothing when it cannot be built.
     std::optional<std::string> generateInitiatorTransactionKeyWithSerialNumber(const std::string& serialNumber);
     /// "Visa" for the first three records of the acquirer's table, "MasterCard" after.
     std::string getFlagWithGcrResponse(const KVRGcrCommandResponse& gcrResponse);
@@ -50,6 +56,10 @@ public:
     /// The value of tag 9F26 (the card's cryptogram) in BER-TLV hexadecimal
     /// text. A truncated or malformed text ends the walk where it breaks.
     std::optional<std::string> getArqcWithEmv(const std::string& emv);
+
+    /// The journal entry of the authorisation this sale sent; none when
+    /// nothing went to the acquirer.
+    std::optional<KVRJournalEntry>& journalEntry() { return journal_; }
 
 private:
     struct ServiceCode;
@@ -65,6 +75,10 @@ private:
     int runChipOnline(const std::shared_ptr<KVRTransactionModel>& transaction, const KVRGcrCommandResponse& gcr,
                       const KVRGocCommandResponse& goc);
     int finishChip(const std::string& actionCode, int result, const std::optional<std::string>& iccData);
+    bool acceptAnswer(KVRTransactionModel& transaction, const HostExchange& exchange, const KVRGcrCommandResponse& gcr,
+                      int result, std::optional<std::string>& iccData);
+    bool journalAuthorisation(const KVRTransactionModel& transaction, const KVRAcceptorAuthorisation& request);
+    void noteAnswer(const HostExchange& exchange);
     int runStripeOnline(const std::shared_ptr<KVRTransactionModel>& transaction, const KVRGcrCommandResponse& gcr,
                         const ServiceCode& serviceCode);
 
@@ -85,4 +99,7 @@ private:
     /// Set once the authorisation request may have reached the acquirer: from
     /// then on a failure has to be undone at the host.
     bool authorisationSent_ = false;
+    std::optional<KVRJournalEntry> journal_;
+    /// The count field of the key this sale made, if it made one.
+    std::optional<long long> keyCount_;
 };

@@ -38,11 +38,16 @@ TEST_F(KVRObjectStoreTest, AnEmptyStoreIsMadeOnFirstUseWithWalJournal) {
     ASSERT_TRUE(std::filesystem::is_regular_file(store.storePath()));
     KVRStoreFileInspector file(store.storePath());
     EXPECT_EQ(file.text("PRAGMA journal_mode"), "wal");
-    EXPECT_EQ(file.number("PRAGMA user_version"), 1);
+    EXPECT_EQ(file.number("PRAGMA user_version"), 2);
     for (const char* table : {"KVRMerchantModel", "KVRAddressModel", "KVRPinpadModel", "KVRTmsTableModel",
-                              "KVRTransactionModel"}) {
+                              "KVRTransactionModel", "KVRJournal"}) {
         EXPECT_EQ(file.count(table), 0) << table;
     }
+    namespace fs = std::filesystem;
+    EXPECT_EQ(fs::status(store.storeDirectory()).permissions(), fs::perms::owner_all);
+    for (const char* suffix : {"", "-wal", "-shm"})
+        EXPECT_EQ(fs::status(store.storePath() + suffix).permissions(), fs::perms::owner_read | fs::perms::owner_write)
+            << suffix;
 }
 
 TEST_F(KVRObjectStoreTest, CreatedRecordsAreFoundAtOnceButWrittenOnlyBySave) {

@@ -59,44 +59,58 @@ protected:
     KVRTemporaryStore store;
 };
 
-TEST_F(KVRStoreFileTest, ASaveSurvivesTheProcessBeingKilledRightAfterItReturns) {
-    store.reopen();  // the child must not inherit an open connection
-    int ready[2];
-    ASSERT_EQ(pipe(ready), 0);
-    pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        close(ready[0]);
-        auto merchant = KVRMerchantModel::create();
-        merchant->setKovracode("K-77");
-        for (int i = 0; i < 10; ++i) {
-            auto sale = KVRTransactionModel::create();
-            sale->setReference("R" + std::to_string(i));
-            sale->setMerchant(merchant);
-            sale->save();
+// Killed right after a save, nothing saved is lost; after a clean exit the
+// store is checkpointed and closed, so the database file alone holds it all.
+TEST_F(KVRStoreFileTest, SavesSurviveAKillAndACleanExitLeavesOneFile) {
+    for (bool killed : {true, false}) {
+        SCOPED_TRACE(killed ? "killed" : "clean exit");
+        store.reopen();  // the child must not inherit an open connection
+        fs::remove_all(store.storeDirectory());
+        int ready[2];
+        ASSERT_EQ(pipe(ready), 0);
+        pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            close(ready[0]);
+            auto merchant = KVRMerchantModel::create();
+            merchant->setKovracode("K-77");
+            for (int i = 0; i < 10; ++i) {
+                auto sale = KVRTransactionModel::create();
+                sale->setReference("R" + std::to_string(i));
+                sale->setMerchant(merchant);
+                sale->save();
+            }
+            auto last = KVRTransactionModel::findFirstByAttribute("reference", "R9");
+            last->setStatus(2);
+            last->save();
+            if (!killed) exit(0);
+            char done = 1;
+            if (write(ready[1], &done, 1) != 1) _exit(1);
+            for (;;) pause();
         }
-        auto last = KVRTransactionModel::findFirstByAttribute("reference", "R9");
-        last->setStatus(2);
-        last->save();
-        char done = 1;
-        if (write(ready[1], &done, 1) != 1) _exit(1);
-        for (;;) pause();
-    }
-    close(ready[1]);
-    char done = 0;
-    ASSERT_EQ(read(ready[0], &done, 1), 1);
-    close(ready[0]);
-    kill(child, SIGKILL);
-    int status = 0;
-    waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFSIGNALED(status));
+        close(ready[1]);
+        char done = 0;
+        if (killed) {
+            ASSERT_EQ(read(ready[0], &done, 1), 1);
+            kill(child, SIGKILL);
+        }
+        close(ready[0]);
+        int status = 0;
+        waitpid(child, &status, 0);
+        ASSERT_EQ(WIFSIGNALED(status), killed);
+        if (!killed) {
+            EXPECT_FALSE(fs::exists(store.storePath() + "-wal") && fs::file_size(store.storePath() + "-wal") > 0);
+            fs::copy_file(store.storePath(), store.storePath() + ".alone");
+            EXPECT_EQ(KVRStoreFileInspector(store.storePath() + ".alone").count("KVRTransactionModel"), 10);
+        }
 
-    auto merchant = KVRMerchantModel::findFirstByAttribute("kovracode", "K-77");
-    ASSERT_NE(merchant, nullptr);
-    EXPECT_EQ(merchant->transactions().size(), 10u);
-    auto last = KVRTransactionModel::findFirstByAttribute("reference", "R9");
-    ASSERT_NE(last, nullptr);
-    EXPECT_EQ(last->statusString(), "Transação Aprovada");
+        auto merchant = KVRMerchantModel::findFirstByAttribute("kovracode", "K-77");
+        ASSERT_NE(merchant, nullptr);
+        EXPECT_EQ(merchant->transactions().size(), 10u);
+        auto last = KVRTransactionModel::findFirstByAttribute("reference", "R9");
+        ASSERT_NE(last, nullptr);
+        EXPECT_EQ(last->statusString(), "Transação Aprovada");
+    }
 }
 
 TEST_F(KVRStoreFileTest, AnUnreadableStoreIsMovedAsideAndANewOneMade) {
@@ -143,7 +157,7 @@ TEST_F(KVRStoreFileTest, AStoreOfANewerVersionIsLeftUntouchedAndNotUsed) {
     makeDatabase(store.storePath(),
                  "CREATE TABLE KVRTransactionModel (id INTEGER PRIMARY KEY, entity TEXT, reference TEXT, future TEXT);"
                  "INSERT INTO KVRTransactionModel (entity, reference) VALUES ('KVRTransactionModel', 'FROM-THE-FUTURE');"
-                 "PRAGMA user_version = 2;");
+                 "PRAGMA user_version = 3;");
     std::string before = readFile(store.storePath());
     KVRLogCapture log;
 
@@ -154,7 +168,7 @@ TEST_F(KVRStoreFileTest, AStoreOfANewerVersionIsLeftUntouchedAndNotUsed) {
     sale->save();
     EXPECT_TRUE(KVRTransactionModel::findAll().empty());
 
-    EXPECT_TRUE(log.contains("has version 2, newer than version 1")) << log.text();
+    EXPECT_TRUE(log.contains("has version 3, newer than version 2")) << log.text();
     EXPECT_TRUE(log.contains("Unresolved error")) << log.text();
     EXPECT_TRUE(log.contains("Failed to initialize the application's saved data")) << log.text();
     store.reopen();
@@ -183,7 +197,7 @@ TEST_F(KVRStoreFileTest, AnOlderStoreGetsTheMissingTablesAndColumnsAndKeepsItsRo
     EXPECT_EQ(reread->shortName(), "LOJA");
     ASSERT_NE(reread->merchant(), nullptr);
     EXPECT_EQ(reread->merchant()->kovracode(), "K-1");
-    EXPECT_EQ(KVRStoreFileInspector(store.storePath()).number("PRAGMA user_version"), 1);
+    EXPECT_EQ(KVRStoreFileInspector(store.storePath()).number("PRAGMA user_version"), 2);
 }
 
 TEST_F(KVRStoreFileTest, FailedReadsAndWritesAreLoggedAndLeaveTheChangesPending) {

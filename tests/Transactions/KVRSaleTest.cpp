@@ -82,9 +82,19 @@ struct SaleRow {
     /// The FNC action code sent; none when no FNC is expected.
     std::optional<std::string> actionCode = std::nullopt;
     size_t authorisations = 1;
+    /// Cancellation advices: the one the sale always sends after an exception on line, and
+    /// the reversal of anything the host approved, or may have approved, that
+    /// does not end stored as approved.
     size_t cancellations = 0;
     long long amount = 1000;
+    bool issuerDataToCard = true;
 };
+
+std::string replaced(std::string text, const std::string& what, const std::string& with) {
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + with.size()))
+        text.replace(at, what.size(), with);
+    return text;
+}
 
 void hostAnswers(Bench& bench, const std::string& code) { bench.setAuthorisationReply(Bench::body(Bench::authorisationReply(code))); }
 
@@ -94,8 +104,6 @@ std::vector<SaleRow> chipRows() {
         {"chip approved, amount of 10", [](Bench&) {}, 2, {kProcessing, "RMC TRANSACAO|APROVADA"}, "00", 1, 0, 10},
         {"chip approved, amount of 11 digits", [](Bench&) {}, 2, {kProcessing, "RMC TRANSACAO|APROVADA"}, "00", 1, 0,
          12345678901LL},
-        {"amount too long for the chip", [](Bench&) {}, 8, {"RMC TRANSACAO|FALHOU"}, std::nullopt, 0, 0,
-         1234567890123LL},
         {"contactless chip approved", [](Bench& b) { b.answer("GCR", {gcrReply(0, chipCard(6))}); }, 2,
          {kProcessing, "RMC TRANSACAO|APROVADA"}, "00"},
         {"card refuses the host's approval: still approved",
@@ -118,15 +126,17 @@ std::vector<SaleRow> chipRows() {
              hostAnswers(b, "PART");
              b.answer("FNC", {fncReply(0, 2)});
          },
-         3, {kProcessing, "RMC TRANSACAO NEGADA|PELA REDE"}, "10"},
+         3, {kProcessing, "RMC TRANSACAO NEGADA|PELA REDE"}, "10", 1, 1},
         {"technical error at the host",
          [](Bench& b) {
              hostAnswers(b, "TECH");
              b.answer("FNC", {fncReply(0, 2)});
          },
          4, {kProcessing, "RMC TRANSACAO NEGADA|PELA REDE"}, "05"},
-        {"FNC fails after an approval", [](Bench& b) { b.answer("FNC", {fncReply(31, 0)}); }, 1, {kProcessing}, "00"},
-        {"FNC decision nobody defined", [](Bench& b) { b.answer("FNC", {fncReply(0, 7)}); }, 0, {kProcessing}, "00"},
+        {"FNC fails after an approval", [](Bench& b) { b.answer("FNC", {fncReply(31, 0)}); }, 1, {kProcessing}, "00", 1,
+         1},
+        {"FNC decision nobody defined", [](Bench& b) { b.answer("FNC", {fncReply(0, 7)}); }, 0, {kProcessing}, "00", 1,
+         1},
         {"card approves off line", [](Bench& b) { b.answer("GOC", {gocReply(0, 0, "", "", "9F2608AA")}); }, 0, {},
          std::nullopt, 0},
         {"card declines off line", [](Bench& b) { b.answer("GOC", {gocReply(0, 1, "", "", "9F2608AA")}); }, 1,
@@ -147,14 +157,34 @@ std::vector<SaleRow> chipRows() {
         {"host unreachable", [](Bench& b) { b.setAuthorisationReply(Bench::failure(-1004)); }, 8,
          {kProcessing, "RMC TRANSACAO|FALHOU"}},
         {"host times out: a failure on the chip", [](Bench& b) { b.setAuthorisationReply(Bench::failure(-1001)); }, 8,
-         {kProcessing, "RMC TRANSACAO|FALHOU"}},
+         {kProcessing, "RMC TRANSACAO|FALHOU"}, std::nullopt, 1, 1},
+        {"connection lost after sending", [](Bench& b) { b.setAuthorisationReply(Bench::failure(-1005)); }, 8,
+         {kProcessing, "RMC TRANSACAO|FALHOU"}, std::nullopt, 1, 1},
         {"empty host reply", [](Bench& b) { b.setAuthorisationReply(Bench::body("")); }, 8,
-         {kProcessing, "RMC TRANSACAO|FALHOU"}},
+         {kProcessing, "RMC TRANSACAO|FALHOU"}, std::nullopt, 1, 1},
         {"HTML error page", [](Bench& b) { b.setAuthorisationReply(Bench::body("<html><body>502</body></html>")); }, 8,
-         {kProcessing, "RMC TRANSACAO|FALHOU"}},
+         {kProcessing, "RMC TRANSACAO|FALHOU"}, std::nullopt, 1, 1},
         {"reply without AuthstnRslt",
          [](Bench& b) { b.setAuthorisationReply(Bench::body(Bench::authorisationReply("APPR", false))); }, 8,
-         {kProcessing, "RMC TRANSACAO|FALHOU"}},
+         {kProcessing, "RMC TRANSACAO|FALHOU"}, std::nullopt, 1, 1},
+        {"approval without RcptTxId",
+         [](Bench& b) {
+             b.setAuthorisationReply(Bench::body(replaced(Bench::authorisationReply("APPR"), "RcptTxId", "Other")));
+         },
+         8, {kProcessing, "RMC TRANSACAO|FALHOU"}, std::nullopt, 1, 1},
+        {"approval with odd-length issuer data",
+         [](Bench& b) {
+             b.setAuthorisationReply(
+                 Bench::body(replaced(Bench::authorisationReply("APPR"), "</ICCRltdData>", "0</ICCRltdData>")));
+         },
+         8, {kProcessing, "RMC TRANSACAO|FALHOU"}, std::nullopt, 1, 1},
+        {"decline with odd-length issuer data: the card hears it without",
+         [](Bench& b) {
+             b.setAuthorisationReply(
+                 Bench::body(replaced(Bench::authorisationReply("DECL"), "</ICCRltdData>", "0</ICCRltdData>")));
+             b.answer("FNC", {fncReply(0, 2)});
+         },
+         1, {kProcessing, "RMC TRANSACAO NEGADA|PELA REDE"}, "10", 1, 0, 1000, false},
         {"exception on line, cancellation approved",
          [](Bench& b) { b.answer("GCR", {gcrReply(0, chipCard(3, 9))}); }, 5, {kProcessing, "RMC TRANSACAO|CANCELADA"},
          std::nullopt, 0, 1},
@@ -191,11 +221,13 @@ std::vector<SaleRow> stripeRows() {
          {kProcessing, "DSP TRANSACAO|NEGADA"}},
         {"stripe technical error: declined", swipeAndHost("101", Bench::body(Bench::authorisationReply("TECH"))), 1,
          {kProcessing, "DSP TRANSACAO|NEGADA"}},
-        {"stripe host times out", swipeAndHost("101", Bench::failure(-1001)), 7, {kProcessing, "DSP TEMPO|EXPIROU"}},
+        {"stripe host times out", swipeAndHost("101", Bench::failure(-1001)), 7, {kProcessing, "DSP TEMPO|EXPIROU"},
+         std::nullopt, 1, 1},
         {"stripe host unreachable", swipeAndHost("101", Bench::failure(-1004)), 8, {kProcessing, "DSP TRANSACAO|FALHOU"}},
-        {"stripe empty reply", swipeAndHost("101", Bench::body("")), 8, {kProcessing, "DSP TRANSACAO|FALHOU"}},
+        {"stripe empty reply", swipeAndHost("101", Bench::body("")), 8, {kProcessing, "DSP TRANSACAO|FALHOU"},
+         std::nullopt, 1, 1},
         {"stripe HTML page", swipeAndHost("101", Bench::body("<html>oops</html>")), 8,
-         {kProcessing, "DSP TRANSACAO|FALHOU"}},
+         {kProcessing, "DSP TRANSACAO|FALHOU"}, std::nullopt, 1, 1},
         {"stripe with PIN approved", swipe("120"), 2, {kProcessing, "DSP Aguarde...|", "DSP TRANSACAO|APROVADA"}},
         {"stripe PIN entry cancelled",
          [](Bench& b) {
@@ -228,7 +260,8 @@ TEST_P(SaleTest, EndsWithItsResultMessagesAndRecord) {
     if (row.actionCode) {
         ASSERT_EQ(fnc.size(), 1u);
         EXPECT_EQ(fnc[0].substr(8, 2), *row.actionCode);
-        EXPECT_NE(fnc[0].find(Bench::hostIccData()), std::string::npos) << "the issuer data goes back to the card";
+        EXPECT_EQ(fnc[0].find(Bench::hostIccData()) != std::string::npos, row.issuerDataToCard)
+            << "the issuer data goes back to the card when it can";
     } else {
         EXPECT_TRUE(fnc.empty());
     }
@@ -236,6 +269,9 @@ TEST_P(SaleTest, EndsWithItsResultMessagesAndRecord) {
     EXPECT_EQ(bench.hostRequests("/CancellationAdvice").size(), row.cancellations);
 
     KVRStoreFileInspector file(bench.store().storePath());
+    EXPECT_EQ(file.count("KVRJournal"), row.authorisations);
+    EXPECT_EQ(file.number("SELECT count(*) FROM KVRJournal WHERE state NOT IN ('settled', 'reversed')"), 0)
+        << "an acquirer that answers leaves nothing owed";
     if (expected.kept) {
         EXPECT_EQ(file.count("KVRTransactionModel"), 1);
         EXPECT_EQ(file.number("SELECT rawStatus FROM KVRTransactionModel"), row.result);

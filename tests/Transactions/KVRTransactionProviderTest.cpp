@@ -33,6 +33,8 @@ TEST(TransactionProviderTest, EntryChecksFailInOrderAtOnceAndSendNothing) {
         {"negative amount", [](Bench&, KVRTransactionModel& t) { t.setAmount(KVRNumber(-1000LL)); },
          KVRErrors::invalidAmount()},
         {"amount 9.99", [](Bench&, KVRTransactionModel& t) { t.setAmount(KVRNumber(9.99)); }, KVRErrors::invalidAmount()},
+        {"13-digit amount, before the card is read",
+         [](Bench&, KVRTransactionModel& t) { t.setAmount(KVRNumber(1000000000000LL)); }, KVRErrors::invalidAmount()},
         {"no amount", [](Bench&, KVRTransactionModel& t) { t.setAmount(std::nullopt); }, KVRErrors::invalidAmount()},
         {"amount before short name",
          [](Bench&, KVRTransactionModel& t) {

@@ -19,8 +19,18 @@
 #include "support/KVRCompletionRecorder.h"
 #include "support/KVREmulators.h"
 #include "support/KVRTemporaryStore.h"
+#include "support/KVRWaitUntil.h"
+
+#include "Persistence/KVRStoreFileInspector.h"
+
+#include <kovra/KVRJournalProvider.h>
+
+#include <sys/resource.h>
 
 #include <algorithm>
+#include <csignal>
+#include <set>
+#include <thread>
 
 // Sales end to end: the public providers against the PIN pad emulator on a
 // pseudo-terminal and the acquirer emulator on loopback HTTPS.
@@ -186,38 +196,6 @@ TEST_F(SaleIntegrationTest, TablesMissingAtTheFirstSaleAreLoadedAndTheSaleStarts
     EXPECT_EQ(KVRPinpadModel::findAll().size(), 1u);
 }
 
-TEST_F(SaleIntegrationTest, AmountRulesDeclineAndPartlyApproveMastercard) {
-    start("chip-master");
-    struct Row {
-        long long amount;
-        int status;
-    } rows[] = {{1051, 1}, {1052, 3}};
-    for (const auto& row : rows) {
-        auto call = sell(row.amount);
-        EXPECT_FALSE(call.success);
-        EXPECT_EQ(call.error, KVRErrors::transactionRejected()) << row.amount;
-    }
-    auto sales = storedSales();
-    ASSERT_EQ(sales.size(), 2u) << "declined and partly approved sales are kept";
-    for (size_t i = 0; i < sales.size(); ++i) {
-        EXPECT_EQ(sales[i]->status(), rows[i].status);
-        EXPECT_EQ(sales[i]->cardBrand(), "MasterCard");
-        EXPECT_EQ(sales[i]->aid(), "A0000000041010");
-    }
-}
-
-TEST_F(SaleIntegrationTest, HostFailuresLeaveNoRecord) {
-    start("stripe", {}, {"--auth-delay", "3"});
-    KVRCommunicationController::setXmlTimeoutOverride(std::chrono::milliseconds(800));
-    auto late = sell(1054);
-    EXPECT_EQ(late.error, KVRErrors::transactionTimeout()) << "a stripe sale tells a time-out apart";
-    EXPECT_TRUE(contains(emulators_->displayLog(), "TEMPO           |EXPIROU         "));
-    auto page = sell(1055);
-    EXPECT_EQ(page.error, KVRErrors::transactionFailed());
-    EXPECT_TRUE(contains(emulators_->displayLog(), "TRANSACAO       |FALHOU          "));
-    EXPECT_TRUE(storedSales().empty());
-}
-
 TEST_F(SaleIntegrationTest, CardholderCancelsTheCardRead) {
     start("chip-visa", {R"({"command": "GCR", "status": 13})"});
     auto call = sell(1000);
@@ -262,17 +240,126 @@ TEST_F(SaleIntegrationTest, APinpadLostDuringTheSaleEndsIt) {
     EXPECT_TRUE(storedSales().empty());
 }
 
-TEST_F(SaleIntegrationTest, APinpadSilentAfterTheApprovalHasTheSaleCancelledAtTheAcquirer) {
-    start("chip-visa", {R"({"command": "FNC", "silence": true})"});
+// Whatever the acquirer approved, or may have approved, ends either stored as
+// approved or undone at the acquirer, and the application hears what it
+// always did. Each row is one sale, then an ordinary one: the journal owes
+// nothing afterwards and no initiator key repeats.
+struct MoneyRow {
+    const char* name;
+    const char* card;
+    std::vector<std::string> faults;
+    std::vector<std::string> acquirerArguments;
+    long long amount;
+    KVRError error;
+    std::optional<int> stored;  // the status of the record kept, if one is
+    bool undone;                // the acquirer approved it, then cancelled it
+    bool diskFillsAfterThePost = false;
+};
+
+void PrintTo(const MoneyRow& row, std::ostream* out) { *out << row.name; }
+
+const std::vector<std::string> kLate = {"--auth-delay", "5"};
+
+std::vector<MoneyRow> moneyRows() {
+    return {
+        {"ChipAnswerAfterTheTimeOut", "chip-visa", {}, kLate, 1054, KVRErrors::transactionFailed(), {}, true},
+        {"StripeAnswerAfterTheTimeOut", "stripe", {}, kLate, 1054, KVRErrors::transactionTimeout(), {}, true},
+        {"HtmlPage", "stripe", {}, {}, 1055, KVRErrors::transactionFailed(), {}, false},
+        {"TruncatedAnswer", "chip-visa", {}, {}, 1058, KVRErrors::transactionFailed(), {}, true},
+        {"ApprovalWithoutIdentifiers", "chip-visa", {}, {}, 1056, KVRErrors::transactionFailed(), {}, true},
+        {"OddLengthIssuerData", "chip-visa", {}, {}, 1057, KVRErrors::transactionFailed(), {}, true},
+        {"Declined", "chip-master", {}, {}, 1051, KVRErrors::transactionRejected(), 1, false},
+        {"PartlyApproved", "chip-master", {}, {}, 1052, KVRErrors::transactionRejected(), 3, true},
+        {"FncFailsAfterTheApproval", "chip-visa", {R"({"command": "FNC", "nth": 1, "status": 12})"}, {}, 1000,
+         KVRErrors::transactionRejected(), 1, true},
+        {"PinpadSilentAfterTheApproval", "chip-visa", {R"({"command": "FNC", "nth": 1, "silence": true})"}, {}, 1000,
+         KVRErrors::transactionAutoCancel(), 5, true},
+        {"DiskFillsWhileTheHostAnswers", "chip-visa", {}, {"--reply-delay", "1"}, 1000, KVRErrors::transactionFailed(),
+         {}, true, true},
+    };
+}
+
+class SaleMoneyTest : public SaleIntegrationTest, public ::testing::WithParamInterface<MoneyRow> {
+protected:
+    // Once the journal holds the posted request, no file may grow.
+    std::thread fillTheDiskAfterThePost() {
+        std::signal(SIGXFSZ, SIG_IGN);
+        return std::thread([this] {
+            kvrWaitUntil([this] {
+                return KVRStoreFileInspector(store_.storePath()).count("KVRJournal") > 0;
+            }, 20s);
+            rlimit none{0, RLIM_INFINITY};
+            setrlimit(RLIMIT_FSIZE, &none);
+        });
+    }
+    static void diskHasRoomAgain() {
+        rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
+        setrlimit(RLIMIT_FSIZE, &unlimited);
+    }
+};
+
+TEST_P(SaleMoneyTest, NothingApprovedIsLeftUnkeptOrUndone) {
+    const MoneyRow& row = GetParam();
+    start(row.card, row.faults, row.acquirerArguments);
     KVRApplicationInfo::setValue("Kovra Pinpad Read Timeout", 1.0);
-    auto call = sell(1000);
-    EXPECT_EQ(call.error, KVRErrors::transactionAutoCancel());
-    auto log = emulators_->acquirerLog();
-    EXPECT_TRUE(std::any_of(log.begin(), log.end(),
-                            [](const std::string& line) { return line.find("/CancellationAdvice 200 cancel APPR") != std::string::npos; }));
+    KVRCommunicationController::setXmlTimeoutOverride(std::chrono::milliseconds(3000));
+    std::thread filler = row.diskFillsAfterThePost ? fillTheDiskAfterThePost() : std::thread();
+    auto call = sell(row.amount);
+    if (filler.joinable()) filler.join();
+    diskHasRoomAgain();
+    EXPECT_EQ(call.error, row.error);
     auto sales = storedSales();
-    ASSERT_EQ(sales.size(), 1u) << "the approved sale is kept, as cancelled";
-    EXPECT_EQ(sales[0]->status(), 5);
+    ASSERT_EQ(sales.size(), row.stored ? 1u : 0u);
+    if (row.stored) EXPECT_EQ(sales[0]->status(), *row.stored);
+    ASSERT_TRUE(sell(1000).success) << "the next sale";
+
+    auto recovered = std::make_shared<KVRCompletionRecorder>();
+    KVRJournalProvider::recover([recovered](auto) { recovered->block()(true, std::nullopt); });
+    ASSERT_TRUE(recovered->waitForCalls(1, 30s));
+    EXPECT_TRUE(KVRJournalProvider::pendingReversals().empty()) << "the journal owes nothing";
+
+    auto ledger = emulators_->ledger();
+    std::set<std::string> keys;
+    int undone = 0;
+    for (const auto& [receipt, authorisation] : ledger.items()) {
+        keys.insert(authorisation.value("initiatorId", ""));
+        bool approved = authorisation["response"] == "APPR" || authorisation["response"] == "PART";
+        bool cancelled = authorisation.value("cancelled", false);
+        auto record = KVRTransactionModel::findFirstByAttribute("receiptTransactionKey", receipt);
+        bool keptAsApproved = record && record->status() == 2;
+        EXPECT_TRUE(!approved || cancelled || keptAsApproved) << receipt << ": approved, neither kept nor undone";
+        EXPECT_FALSE(cancelled && keptAsApproved) << receipt << ": undone, still kept as approved";
+        undone += approved && cancelled;
+    }
+    EXPECT_EQ(undone, row.undone ? 1 : 0) << ledger.dump(2);
+    EXPECT_EQ(keys.size(), ledger.size()) << "initiator keys repeat: " << ledger.dump(2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Journal, SaleMoneyTest, ::testing::ValuesIn(moneyRows()),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// The acquirer cancels, but its answer is lost: the application hears no
+// answer, and asking again finishes the cancellation (the acquirer approves
+// the repeated advice) instead of refusing a sale still marked approved.
+TEST_F(SaleIntegrationTest, ACancellationWhoseAnswerWasLostIsFinishedByTheNextCall) {
+    start("chip-visa", {}, {"--advice-delay", "2"});
+    ASSERT_TRUE(sell(1000).success);
+    auto sale = storedSales().front();
+    KVRCommunicationController::setXmlTimeoutOverride(std::chrono::milliseconds(800));
+    auto lost = completed([sale](KVRCompletion b) { KVRCancellationProvider::cancelTransaction(sale, b); });
+    EXPECT_EQ(lost.error, KVRErrors::nullResponse());
+    EXPECT_EQ(sale->status(), 2);
+    ASSERT_EQ(KVRJournalProvider::pendingReversals().size(), 1u);
+
+    KVRCommunicationController::setXmlTimeoutOverride(std::chrono::milliseconds(5000));
+    auto again = completed([sale](KVRCompletion b) { KVRCancellationProvider::cancelTransaction(sale, b); });
+    EXPECT_TRUE(again.success) << (again.error ? again.error->description() : "");
+    EXPECT_EQ(storedSales().front()->status(), 5);
+    EXPECT_TRUE(KVRJournalProvider::pendingReversals().empty());
+    auto log = emulators_->acquirerLog();
+    EXPECT_EQ(std::count_if(log.begin(), log.end(),
+                            [](const std::string& line) { return line.find("/CancellationAdvice 200 cancel APPR") != std::string::npos; }),
+              2);
 }
 
 }  // namespace

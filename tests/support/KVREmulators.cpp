@@ -112,6 +112,12 @@ std::vector<std::string> KVREmulators::acquirerLog() const {
     return lines(directory_.file("acquirer") + "/requests.log");
 }
 
+nlohmann::json KVREmulators::ledger() const {
+    std::ifstream state(directory_.file("acquirer") + "/state.json");
+    auto parsed = nlohmann::json::parse(state, nullptr, false);
+    return parsed.is_object() ? parsed.value("authorisations", nlohmann::json::object()) : nlohmann::json::object();
+}
+
 std::vector<nlohmann::json> KVREmulators::outbox() const {
     std::vector<std::pair<int, std::filesystem::path>> files;
     std::error_code error;

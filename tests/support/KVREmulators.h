@@ -58,6 +58,9 @@ public:
     std::vector<std::string> acquirerLog() const;
     /// The mails the acquirer accepted, in order.
     std::vector<nlohmann::json> outbox() const;
+    /// The acquirer's ledger: its authorisations by RcptTxId ("response",
+    /// "initiatorId", "cancelled"...).
+    nlohmann::json ledger() const;
 
     /// Stops both; true when they ended cleanly.
     bool stop();

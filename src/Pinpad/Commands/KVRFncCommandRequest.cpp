@@ -1,5 +1,13 @@
 #include "Pinpad/Commands/KVRFncCommandRequest.h"
 
+#include <algorithm>
+#include <cctype>
+
+bool KVRFncCommandRequest::isValidIssuerData(std::string_view hex) {
+    return hex.size() % 2 == 0 && hex.size() <= kMaximumIssuerDataLength &&
+           std::all_of(hex.begin(), hex.end(), [](unsigned char c) { return std::isxdigit(c) != 0; });
+}
+
 void KVRFncCommandRequest::getCommand(char* buffer) {
     auto& b = beginCommand(buffer, "FNC");
     b.startCommandBlock();

@@ -2,8 +2,10 @@
 
 #include "Pinpad/Commands/KVRBaseCommandRequest.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 /// Ends chip processing with the host's answer.
 class KVRFncCommandRequest : public KVRBaseCommandRequest {
@@ -15,6 +17,15 @@ public:
     std::string issuerDataEmv;
     /// EMV tags to return, as hexadecimal text.
     std::string tags;
+
+    /// The longest issuer data a frame can carry: 1024 characters of command
+    /// text, less "FNC", block 1's length and fixed fields (13) and the tag
+    /// block (58).
+    static constexpr size_t kMaximumIssuerDataLength = 950;
+
+    /// Issuer data the PIN pad can be given: whole bytes of hexadecimal text
+    /// that fit the frame (empty included).
+    static bool isValidIssuerData(std::string_view hex);
 
     void getCommand(char* buffer) override;
 };

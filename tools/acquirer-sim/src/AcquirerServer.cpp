@@ -80,8 +80,8 @@ AcquirerServer::AcquirerServer(const ServerSetup& setup, const MerchantDirectory
     : server_(std::make_unique<httplib::SSLServer>(setup.certificateFile.c_str(), setup.keyFile.c_str())),
       log_(log),
       report_(merchants, state),
-      authorization_(merchants, state, setup.lateAnswerSeconds),
-      cancellation_(merchants, state),
+      authorization_(merchants, state, setup.lateAnswerSeconds, setup.replyDelaySeconds),
+      cancellation_(merchants, state, setup.adviceDelaySeconds),
       mail_(state, setup.outboxDirectory) {
     if (!server_->is_valid()) {
         throw std::runtime_error("cannot load the server certificate " + setup.certificateFile.string());

@@ -26,6 +26,8 @@ struct ServerSetup {
     std::filesystem::path keyFile;
     std::filesystem::path outboxDirectory;
     double lateAnswerSeconds = 55;
+    double replyDelaySeconds = 0;
+    double adviceDelaySeconds = 0;
 };
 
 // HTTPS on 127.0.0.1 with the four POST routes; everything else is 404.

@@ -19,6 +19,15 @@ AmountDecision AmountRule::decide(const std::string& amountInCents) {
     if (lastTwo == "55") {
         return AmountDecision::HtmlErrorPage;
     }
+    if (lastTwo == "56") {
+        return AmountDecision::NoIdentifiers;
+    }
+    if (lastTwo == "57") {
+        return AmountDecision::OddIssuerData;
+    }
+    if (lastTwo == "58") {
+        return AmountDecision::TruncatedAnswer;
+    }
     return AmountDecision::Approve;
 }
 
@@ -43,6 +52,9 @@ std::string AmountRule::description() {
            "  ..54  approved, but answered only after --auth-delay seconds (default 55,\n"
            "        longer than the library's 50 s time-out)\n"
            "  ..55  an HTML error page with HTTP status 500 instead of a message\n"
+           "  ..56  approved, but the answer carries no RcptTxId, TxRef or AuthstnCd\n"
+           "  ..57  approved, with issuer chip data of an odd number of digits (chip sales)\n"
+           "  ..58  approved, but the answer is cut off halfway\n"
            "  other amounts are approved (Rspn APPR).\n";
 }
 

@@ -11,6 +11,9 @@ enum class AmountDecision {
     TechnicalError,    // ...53
     LateAnswer,        // ...54: approved, but answered after the client has given up
     HtmlErrorPage,     // ...55: an HTML page with status 500 instead of a message
+    NoIdentifiers,     // ...56: approved, with no RcptTxId, TxRef or AuthstnCd in the answer
+    OddIssuerData,     // ...57: approved, with issuer chip data of an odd number of digits
+    TruncatedAnswer,   // ...58: approved, the answer cut off halfway
 };
 
 // How the emulated issuer decides, by the last two digits of the amount in

@@ -188,7 +188,9 @@ std::string htmlErrorPage() {
            "<body><h1>Internal Server Error</h1><p>The authorisation service is unavailable.</p></body></html>\n";
 }
 
-std::string responseDocument(const AuthorisationRequestFacts& facts, const AuthorisationRecord& record) {
+std::string responseDocument(const AuthorisationRequestFacts& facts, const AuthorisationRecord& record,
+                             AmountDecision rule) {
+    const bool identified = rule != AmountDecision::NoIdentifiers;
     XmlReply reply(kReplyNamespace);
     pugi::xml_node message = XmlReply::element(reply.document(), "AccptrAuthstnRspn");
     pugi::xml_node header = XmlReply::element(message, "Hdr");
@@ -200,15 +202,17 @@ std::string responseDocument(const AuthorisationRequestFacts& facts, const Autho
     pugi::xml_node transaction = XmlReply::element(response, "Tx");
     pugi::xml_node id = XmlReply::element(transaction, "TxId");
     XmlReply::leaf(id, "TxDtTm", record.time);
-    XmlReply::leaf(id, "TxRef", facts.reference);
-    XmlReply::leaf(transaction, "RcptTxId", record.receiptId);
+    if (identified) {
+        XmlReply::leaf(id, "TxRef", facts.reference);
+        XmlReply::leaf(transaction, "RcptTxId", record.receiptId);
+    }
     pugi::xml_node details = XmlReply::element(transaction, "TxDtls");
     XmlReply::leaf(details, "Ccy", "986");
     XmlReply::leaf(details, "TtlAmt", facts.amount);
     XmlReply::leaf(details, "AcctTp", facts.accountType);
     if (!facts.cardRequestData.empty()) {
-        XmlReply::leaf(details, "ICCRltdData",
-                       IssuerChipData::build(record.response, facts.cardRequestData, record.receiptId));
+        std::string issuerData = IssuerChipData::build(record.response, facts.cardRequestData, record.receiptId);
+        XmlReply::leaf(details, "ICCRltdData", rule == AmountDecision::OddIssuerData ? issuerData + "0" : issuerData);
     }
     pugi::xml_node result = XmlReply::element(XmlReply::element(response, "TxRspn"), "AuthstnRslt");
     pugi::xml_node decision = XmlReply::element(result, "RspnToAuthstn");
@@ -216,14 +220,18 @@ std::string responseDocument(const AuthorisationRequestFacts& facts, const Autho
     if (record.response != "APPR") {
         XmlReply::leaf(decision, "RspnRsn", "decided by the amount rule for the amount " + facts.amount);
     }
-    XmlReply::leaf(result, "AuthstnCd", record.authorisationCode);
-    return reply.text();
+    if (identified) {
+        XmlReply::leaf(result, "AuthstnCd", record.authorisationCode);
+    }
+    std::string text = reply.text();
+    return rule == AmountDecision::TruncatedAnswer ? text.substr(0, text.size() / 2) : text;
 }
 
 } // namespace
 
-AuthorizationHandler::AuthorizationHandler(const MerchantDirectory& merchants, SimState& state, double lateAnswerSeconds)
-    : merchants_(merchants), state_(state), lateAnswerSeconds_(lateAnswerSeconds) {}
+AuthorizationHandler::AuthorizationHandler(const MerchantDirectory& merchants, SimState& state, double lateAnswerSeconds,
+                                           double replyDelaySeconds)
+    : merchants_(merchants), state_(state), lateAnswerSeconds_(lateAnswerSeconds), replyDelaySeconds_(replyDelaySeconds) {}
 
 SimReply AuthorizationHandler::handle(const std::string& body) {
     pugi::xml_document doc;
@@ -233,8 +241,7 @@ SimReply AuthorizationHandler::handle(const std::string& body) {
     if (decision == AmountDecision::HtmlErrorPage) {
         return SimReply{500, "text/html", htmlErrorPage(), "HTML error page (amount rule ..55)"};
     }
-    double delay = decision == AmountDecision::LateAnswer ? lateAnswerSeconds_ : 0;
-    return answer(facts, AmountRule::responseCode(decision), delay);
+    return answer(facts, decision);
 }
 
 AuthorisationRequestFacts AuthorizationHandler::check(pugi::xml_node message) const {
@@ -249,8 +256,9 @@ AuthorisationRequestFacts AuthorizationHandler::check(pugi::xml_node message) co
     return facts;
 }
 
-SimReply AuthorizationHandler::answer(const AuthorisationRequestFacts& facts, const std::string& responseCode,
-                                      double delaySeconds) {
+SimReply AuthorizationHandler::answer(const AuthorisationRequestFacts& facts, AmountDecision decision) {
+    const std::string responseCode = AmountRule::responseCode(decision);
+    const double delaySeconds = decision == AmountDecision::LateAnswer ? lateAnswerSeconds_ : replyDelaySeconds_;
     const bool approved = responseCode == "APPR" || responseCode == "PART";
     AuthorisationRecord record{state_.nextReceiptId(), facts.initiatorId, facts.reference, facts.merchantId,
                                facts.amount,           responseCode,      approved ? newAuthorisationCode() : "000000",
@@ -262,7 +270,7 @@ SimReply AuthorizationHandler::answer(const AuthorisationRequestFacts& facts, co
     if (delaySeconds > 0) {
         outcome << " answered after " << delaySeconds << " s";
     }
-    return SimReply{200, "text/xml", responseDocument(facts, record), outcome.str(), delaySeconds};
+    return SimReply{200, "text/xml", responseDocument(facts, record, decision), outcome.str(), delaySeconds};
 }
 
 } // namespace acqsim

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AmountRule.h"
 #include "MerchantDirectory.h"
 #include "SimReply.h"
 #include "SimState.h"
@@ -26,17 +27,20 @@ struct AuthorisationRequestFacts {
 // gets a rejection document, so a faulty request never looks approved.
 class AuthorizationHandler {
 public:
-    AuthorizationHandler(const MerchantDirectory& merchants, SimState& state, double lateAnswerSeconds);
+    // Answers wait `replyDelaySeconds`; late ones (..54) `lateAnswerSeconds`.
+    AuthorizationHandler(const MerchantDirectory& merchants, SimState& state, double lateAnswerSeconds,
+                         double replyDelaySeconds);
 
     SimReply handle(const std::string& body);
 
 private:
     AuthorisationRequestFacts check(pugi::xml_node request) const;
-    SimReply answer(const AuthorisationRequestFacts& facts, const std::string& responseCode, double delaySeconds);
+    SimReply answer(const AuthorisationRequestFacts& facts, AmountDecision decision);
 
     const MerchantDirectory& merchants_;
     SimState& state_;
     double lateAnswerSeconds_;
+    double replyDelaySeconds_;
 };
 
 } // namespace acqsim

@@ -94,8 +94,8 @@ std::string responseDocument(const AdviceFacts& facts, const std::string& code) 
 
 } // namespace
 
-CancellationHandler::CancellationHandler(const MerchantDirectory& merchants, SimState& state)
-    : merchants_(merchants), state_(state) {}
+CancellationHandler::CancellationHandler(const MerchantDirectory& merchants, SimState& state, double delaySeconds)
+    : merchants_(merchants), state_(state), delaySeconds_(delaySeconds) {}
 
 SimReply CancellationHandler::handle(const std::string& body) {
     pugi::xml_document doc;
@@ -108,16 +108,14 @@ SimReply CancellationHandler::handle(const std::string& body) {
     facts.merchantId = checkMerchant(XmlCheck::child(advice, "Envt"), merchants_);
     checkTransaction(XmlCheck::child(advice, "Tx"), facts);
 
-    CancellationVerdict verdict = facts.receiptId.empty()
-                                      ? CancellationVerdict{false, "no RcptTxId"}
-                                      : state_.cancel(facts.receiptId, facts.initiatorId, facts.amount,
-                                                      facts.merchantId, facts.reference);
+    CancellationVerdict verdict =
+        state_.cancel(facts.receiptId, facts.initiatorId, facts.amount, facts.merchantId, facts.reference);
     std::string code = verdict.approved ? "APPR" : "DECL";
     std::string outcome = "cancel " + code + " rcpt=" + (facts.receiptId.empty() ? "-" : facts.receiptId);
-    if (!verdict.approved) {
+    if (!verdict.reason.empty()) {
         outcome += ": " + verdict.reason;
     }
-    return SimReply{200, "text/xml", responseDocument(facts, code), outcome};
+    return SimReply{200, "text/xml", responseDocument(facts, code), outcome, delaySeconds_};
 }
 
 } // namespace acqsim

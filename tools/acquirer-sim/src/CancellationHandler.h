@@ -9,19 +9,21 @@
 namespace acqsim {
 
 // "/CancellationAdvice": checks the advice (its header after the body, and
-// TxRef before TxDtTm) and approves it when it names an approved
-// authorisation of the same merchant, not yet cancelled, by its RcptTxId,
-// InitrTxId, TxRef and amount. Anything else, a repeated cancellation
-// included, is declined.
+// TxRef before TxDtTm) and approves it when it names an approved (or partly
+// approved) authorisation of the same merchant by its RcptTxId, or by its
+// InitrTxId alone when the advice carries no RcptTxId, with matching TxRef
+// and amount. An advice repeated for a cancelled authorisation is approved
+// again; anything else is declined. Answers wait `delaySeconds`.
 class CancellationHandler {
 public:
-    CancellationHandler(const MerchantDirectory& merchants, SimState& state);
+    CancellationHandler(const MerchantDirectory& merchants, SimState& state, double delaySeconds);
 
     SimReply handle(const std::string& body);
 
 private:
     const MerchantDirectory& merchants_;
     SimState& state_;
+    double delaySeconds_;
 };
 
 } // namespace acqsim

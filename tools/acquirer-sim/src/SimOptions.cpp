@@ -14,10 +14,13 @@ std::string footer() {
            "EMV table download by sale affiliation key), /Authorize, /CancellationAdvice, /send\n"
            "(mail). Anything else answers 404.\n\n" +
            AmountRule::description() +
-           "\nCancellation advices are approved when they name an approved authorisation not yet\n"
-           "cancelled (RcptTxId, InitrTxId, TxRef, merchant and amount matching); otherwise declined.\n\n"
+           "\nCancellation advices are approved when they name an approved (or partly approved)\n"
+           "authorisation by its RcptTxId, or by its InitrTxId when they carry no RcptTxId, with the\n"
+           "merchant, TxRef and amount matching; an advice repeated for a cancelled authorisation is\n"
+           "approved again. Anything else is declined.\n\n"
            "The state directory keeps ca.pem (give it to clients as their CA file), the server\n"
-           "certificate and keys, state.json (merchants seen, authorisations, cancellations),\n"
+           "certificate and keys, state.json (merchants seen, and the ledger: \"authorisations\" keyed\n"
+           "by RcptTxId, each with initiatorId, reference, amount, response and cancelled),\n"
            "requests.log (one line per request) and outbox/<n>.json (each accepted mail).\n"
            "When ready the emulator prints:\n"
            "  kovra-acquirer-sim ready at https://127.0.0.1:PORT\n"
@@ -51,6 +54,12 @@ std::optional<SimOptions> SimOptions::parse(int argc, char** argv, int& exitCode
         ->check(CLI::ExistingFile);
     app.add_flag("--print-ca", options.printCa, "print the CA file path (creating it if needed) and exit");
     app.add_option("--auth-delay", options.lateAnswerSeconds, "seconds before answering amounts ending in 54")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
+    app.add_option("--reply-delay", options.replyDelaySeconds, "seconds before answering every other authorisation")
+        ->check(CLI::NonNegativeNumber)
+        ->capture_default_str();
+    app.add_option("--advice-delay", options.adviceDelaySeconds, "seconds before answering every cancellation advice")
         ->check(CLI::NonNegativeNumber)
         ->capture_default_str();
     try {

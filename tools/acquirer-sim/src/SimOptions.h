@@ -7,13 +7,16 @@ namespace acqsim {
 
 // The command line:
 //   kovra-acquirer-sim --port N [--state DIR] [--merchants FILE] [--print-ca]
-//                      [--auth-delay SECONDS] [--help]
+//                      [--auth-delay SECONDS] [--reply-delay SECONDS]
+//                      [--advice-delay SECONDS] [--help]
 struct SimOptions {
     int port = -1;
     std::filesystem::path stateDirectory;
     std::optional<std::filesystem::path> merchantsFile;
     bool printCa = false;
     double lateAnswerSeconds = 55;
+    double replyDelaySeconds = 0;
+    double adviceDelaySeconds = 0;
 
     // Parses the arguments. Returns the options to run with, or nothing
     // after printing help or an error; `exitCode` then says how to exit.

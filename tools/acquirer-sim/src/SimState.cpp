@@ -82,12 +82,11 @@ CancellationVerdict SimState::cancel(const std::string& receiptId, const std::st
                                      const std::string& amount, const std::string& merchantId,
                                      const std::string& reference) {
     std::lock_guard lock(mutex_);
-    json& authorisations = data_["authorisations"];
-    auto it = authorisations.find(receiptId);
-    if (it == authorisations.end()) {
-        return {false, "unknown RcptTxId"};
+    json* found = findLocked(receiptId, initiatorId);
+    if (found == nullptr) {
+        return {false, receiptId.empty() ? "unknown InitrTxId" : "unknown RcptTxId"};
     }
-    json& entry = *it;
+    json& entry = *found;
     if (entry.value("initiatorId", "") != initiatorId) {
         return {false, "InitrTxId does not match the authorisation"};
     }
@@ -97,19 +96,34 @@ CancellationVerdict SimState::cancel(const std::string& receiptId, const std::st
     if (entry.value("reference", "") != reference) {
         return {false, "TxRef does not match the authorisation"};
     }
-    if (entry.value("response", "") != "APPR") {
-        return {false, "authorisation was not approved (" + entry.value("response", "") + ")"};
-    }
-    if (entry.value("cancelled", false)) {
-        return {false, "already cancelled"};
+    const std::string response = entry.value("response", "");
+    if (response != "APPR" && response != "PART") {
+        return {false, "authorisation was not approved (" + response + ")"};
     }
     if (withoutLeadingZeros(entry.value("amount", "")) != withoutLeadingZeros(amount)) {
         return {false, "amount does not match the authorisation"};
+    }
+    if (entry.value("cancelled", false)) {
+        return {true, "repeated advice, already cancelled"};
     }
     entry["cancelled"] = true;
     entry["cancelledAt"] = SimTime::localDateTime();
     saveLocked();
     return {true, ""};
+}
+
+json* SimState::findLocked(const std::string& receiptId, const std::string& initiatorId) {
+    json& authorisations = data_["authorisations"];
+    if (!receiptId.empty()) {
+        auto it = authorisations.find(receiptId);
+        return it == authorisations.end() ? nullptr : &*it;
+    }
+    for (auto& [id, entry] : authorisations.items()) {
+        if (entry.value("initiatorId", "") == initiatorId) {
+            return &entry;
+        }
+    }
+    return nullptr;
 }
 
 int SimState::nextOutboxNumber() {

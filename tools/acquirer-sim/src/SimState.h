@@ -21,7 +21,7 @@ struct AuthorisationRecord {
 
 struct CancellationVerdict {
     bool approved = false;
-    std::string reason;             // why it was declined; empty when approved
+    std::string reason;             // why it was declined, or that it was a repeat
 };
 
 // Everything that must survive a restart, in one JSON file (state.json):
@@ -47,9 +47,11 @@ public:
     std::string nextReceiptId();
     void recordAuthorisation(const AuthorisationRecord& record);
 
-    // Approves, and marks cancelled, an approved authorisation not yet
-    // cancelled whose keys, merchant, reference and amount all match;
-    // declines otherwise.
+    // Approves, and marks cancelled, an approved or partly approved
+    // authorisation whose keys, merchant, reference and amount all match; an
+    // empty receipt identifier finds it by its initiator identifier. One
+    // already cancelled is approved again (a repeated advice); anything else
+    // is declined.
     CancellationVerdict cancel(const std::string& receiptId, const std::string& initiatorId,
                                const std::string& amount, const std::string& merchantId,
                                const std::string& reference);
@@ -58,6 +60,7 @@ public:
     int nextOutboxNumber();
 
 private:
+    nlohmann::json* findLocked(const std::string& receiptId, const std::string& initiatorId);
     void saveLocked();
     nlohmann::json& merchantEntryLocked(const std::string& kovraCode, const std::string& saleAffiliationKey);
 

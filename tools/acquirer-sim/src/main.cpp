@@ -43,7 +43,7 @@ int serve(const acqsim::SimOptions& options, const std::filesystem::path& caFile
     fs::create_directories(state / "outbox");
     acqsim::RequestLog log(state / "requests.log");
     acqsim::ServerSetup setup{authority.serverCertificateFile(), authority.serverKeyFile(), state / "outbox",
-                              options.lateAnswerSeconds};
+                              options.lateAnswerSeconds, options.replyDelaySeconds, options.adviceDelaySeconds};
     acqsim::AcquirerServer server(setup, merchants, simState, log);
     const int port = server.bind(options.port);
 

@@ -109,6 +109,26 @@ TEST_F(AuthorizeTest, DeclinedChipSaleTellsTheCardSo) {
     EXPECT_NE(valueAt(reply.body, at(kTx, "/TxDtls/ICCRltdData").c_str()).find("8A023035"), std::string::npos);
 }
 
+// Approved and recorded, but answered in a way a terminal must not trust.
+TEST_F(AuthorizeTest, AmountsEndingIn56To58AnswerApprovalsATerminalCannotUse) {
+    AuthorisationFields fields;
+    fields.amount = "1056";
+    HttpReply bare = authorise(fields);
+    EXPECT_EQ(valueAt(bare.body, at(kResult, "/RspnToAuthstn/Rspn").c_str()), "APPR");
+    EXPECT_FALSE(hasNode(bare.body, at(kResult, "/AuthstnCd").c_str()));
+    for (const char* missing : {"/RcptTxId", "/TxId/TxRef"}) EXPECT_FALSE(hasNode(bare.body, at(kTx, missing).c_str()));
+
+    fields.amount = "1057";
+    HttpReply odd = authorise(fields);
+    EXPECT_EQ(valueAt(odd.body, at(kTx, "/TxDtls/ICCRltdData").c_str()).size() % 2, 1u);
+
+    fields.amount = "1058";
+    HttpReply cut = authorise(fields);
+    EXPECT_EQ(cut.status, 200);
+    EXPECT_NE(cut.body.rfind("<?xml", 0), std::string::npos);
+    EXPECT_EQ(cut.body.find("</Document>"), std::string::npos) << cut.body;
+}
+
 TEST_F(AuthorizeTest, AmountEndingIn55AnswersAnHtmlErrorPage) {
     AuthorisationFields fields;
     fields.amount = "1055";

@@ -3,9 +3,12 @@
 #include "KovraCommandError.h"
 #include "KovraCommands.h"
 #include "KovraDemo.h"
+#include "KovraInterrupts.h"
 #include "KovraOutput.h"
 
 #include <kovra/KVRException.h>
+#include <kovra/KVRJournalProvider.h>
+#include <kovra/KVRStoreProvider.h>
 
 #include <algorithm>
 #include <cctype>
@@ -84,7 +87,7 @@ void KovraCli::definePinpadCommands() {
 void KovraCli::defineSaleCommands() {
     auto* sale = addCommand(app_, "sale", "run a sale on the PIN pad and print the stored record", [this](KovraOutput& out) {
         arguments_.sale.type = arguments_.debit ? 1 : 0;
-        KovraCommands(out).sale(arguments_.sale);
+        runPayment([&] { KovraCommands(out).sale(arguments_.sale); });
     });
     sale->add_option("--amount", arguments_.sale.amount, "the amount in cents (1000 is R$ 10,00)")
         ->required()
@@ -98,9 +101,16 @@ void KovraCli::defineSaleCommands() {
                      "merchant, 12 and above for code-10 instalments financed by the issuer")
         ->type_name("CODE");
 
-    auto* cancel = addCommand(app_, "cancel", "cancel an approved sale at the acquirer",
-                              [this](KovraOutput& out) { KovraCommands(out).cancel(arguments_.reference); });
+    auto* cancel = addCommand(app_, "cancel", "cancel an approved sale at the acquirer", [this](KovraOutput& out) {
+        runPayment([&] { KovraCommands(out).cancel(arguments_.reference); });
+    });
     cancel->add_option("REFERENCE", arguments_.reference, "the sale's reference (see `kovra list`)")->required();
+    auto* last = addCommand(app_, "last", "show the latest sale attempt, whatever its outcome, and what became of it",
+                            [](KovraOutput& out) { KovraCommands(out).last(); });
+    auto* pending = addCommand(app_, "pending", "list the reversals and cancellations the acquirer has not answered",
+                               [](KovraOutput& out) { KovraCommands(out).pending(); });
+    auto* recover = addCommand(app_, "recover", "send the pending reversals and cancellations now and print the outcome",
+                               [this](KovraOutput& out) { runPayment([&] { KovraCommands(out).recover(); }); });
 
     auto* list = addCommand(app_, "list", "list the stored transactions, newest first", [this](KovraOutput& out) {
         KovraCommands(out).list(arguments_.lastDigits, arguments_.presentedCard);
@@ -111,6 +121,29 @@ void KovraCli::defineSaleCommands() {
                                 "only those of the card presented to the PIN pad (reads it)");
     pan->excludes(card);
     card->excludes(pan);
+    historyCommands_ = {cancel, list, last, pending, recover};
+}
+
+void KovraCli::runPayment(const std::function<void()>& payment) {
+    KovraInterrupts::DrainGuard guard(interrupts_, {{}, [] { return KVRJournalProvider::isExchangeInFlight(); }});
+    payment();
+}
+
+void KovraCli::checkStore(CLI::App* command, KovraOutput& output) const {
+    auto health = KVRStoreProvider::health();
+    bool history = historyCommands_.count(command) > 0;
+    if (!health.available) {
+        throw KovraCommandError::failure("the store " + health.path + " cannot be used: " +
+                                         health.problem.value_or("it could not be opened"));
+    }
+    if (health.problem && history) {
+        throw KovraCommandError::failure(*health.problem + "; the history it held is not shown");
+    }
+    if (health.problem) output.note("kovra: warning: " + *health.problem);
+    if (history) {
+        for (const auto& file : health.setAsideFiles)
+            output.note("kovra: warning: an unreadable store was set aside as " + file + "; its history is not shown");
+    }
 }
 
 void KovraCli::defineMailCommands() {
@@ -124,6 +157,7 @@ void KovraCli::defineMailCommands() {
         ->type_name("ADDRESS");
     receipt->add_flag("--cancellation", arguments_.cancellation, "the cancellation receipt instead of the sale's");
     receipt->add_flag("--company-info", arguments_.companyInformation, "show the merchant's details on the receipt");
+    historyCommands_.insert(receipt);
 
     auto* feedback = addCommand(app_, "feedback", "send a message to Kovra's support mailbox",
                                 [this](KovraOutput& out) { KovraCommands(out).feedback(arguments_.text); });
@@ -194,6 +228,7 @@ int KovraCli::execute(CLI::App* command) {
             settings_.routeLogs();
         } else if (command != version_) {
             settings_.apply();
+            checkStore(command, output);
         }
         action->second(output);
         return 0;

@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 
 class KovraInterrupts;
@@ -58,6 +59,13 @@ private:
     KovraSettings settings_;
     Arguments arguments_;
     std::map<CLI::App*, Action> actions_;
+    /// Reports an unusable or damaged store; a failure for the commands that
+    /// show or act on the history.
+    void checkStore(CLI::App* command, KovraOutput& output) const;
+    /// Runs a payment command so that an interruption lets its journal settle.
+    void runPayment(const std::function<void()>& payment);
+
     CLI::App* version_ = nullptr;
     CLI::App* demo_ = nullptr;
+    std::set<CLI::App*> historyCommands_;
 };

@@ -1,6 +1,7 @@
 #include "KovraCommands.h"
 
 #include "KovraCommandError.h"
+#include "KovraJournalFormat.h"
 #include "KovraMerchantFormat.h"
 #include "KovraOutput.h"
 #include "KovraPinpadMessages.h"
@@ -108,6 +109,34 @@ void KovraCommands::merchants() {
     for (const auto& merchant : merchants)
         for (const auto& line : KovraMerchantFormat::lines(merchant)) output_.line(line);
     output_.document(KovraMerchantFormat::toJson(merchants));
+}
+
+void KovraCommands::last() {
+    auto entry = KovraSession::lastTransaction();
+    output_.line("last sale:");
+    for (const auto& line : KovraJournalFormat::detailLines(entry, "  ")) output_.line(line);
+    output_.document(KovraJournalFormat::toJson(entry));
+}
+
+void KovraCommands::pending() {
+    auto entries = KovraSession::pendingReversals();
+    if (entries.empty()) output_.line("nothing is owed to the acquirer");
+    else
+        for (const auto& line : KovraJournalFormat::tableLines(entries)) output_.line(line);
+    output_.document(KovraJournalFormat::toJson(entries));
+}
+
+void KovraCommands::recover() {
+    auto entries = KovraSession::recover();
+    if (entries.empty()) output_.line("nothing was owed to the acquirer");
+    for (const auto& entry : entries) {
+        output_.line(entry.initiatorTransactionKey + ": " + entry.state +
+                     (entry.isUnfinished() && entry.lastError ? " (" + *entry.lastError + ")" : ""));
+    }
+    output_.document(KovraJournalFormat::toJson(entries));
+    auto left = KovraSession::pendingReversals();
+    if (!left.empty())
+        throw KovraCommandError::failure(std::to_string(left.size()) + " still owed to the acquirer (see kovra pending)");
 }
 
 void KovraCommands::receipt(const std::string& reference, const std::string& destination, bool cancellation,

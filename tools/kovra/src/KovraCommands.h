@@ -27,6 +27,12 @@ public:
     /// (`presentedCard`) those of the card presented to the PIN pad.
     void list(const std::optional<std::string>& lastDigits, bool presentedCard);
     void merchants();
+    /// The latest sale attempt, with what the journal knows of it.
+    void last();
+    /// Reversals and cancellations the acquirer has not answered.
+    void pending();
+    /// Retries them now; a failure when some are still owed afterwards.
+    void recover();
     void receipt(const std::string& reference, const std::string& destination, bool cancellation,
                  bool companyInformation);
     void feedback(const std::string& message);

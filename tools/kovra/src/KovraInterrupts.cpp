@@ -38,6 +38,39 @@ void KovraInterrupts::runNow(Token token) {
     if (Cleanup cleanup = take(token)) cleanup();
 }
 
+KovraInterrupts::DrainGuard::DrainGuard(KovraInterrupts& interrupts, Drain drain) : interrupts_(interrupts) {
+    std::lock_guard lock(interrupts_.mutex_);
+    interrupts_.drain_ = std::move(drain);
+}
+
+KovraInterrupts::DrainGuard::~DrainGuard() {
+    std::lock_guard lock(interrupts_.mutex_);
+    interrupts_.drain_ = {};
+}
+
+// Waits while the payment is busy, until a second signal.
+void KovraInterrupts::drainPayment(const sigset_t& signals) {
+    Drain drain;
+    {
+        std::lock_guard lock(mutex_);
+        drain = drain_;
+    }
+    if (!drain.busy) return;
+    if (drain.stop) drain.stop();
+    if (!drain.busy()) return;
+    const char message[] = "kovra: finishing the payment with the acquirer (interrupt again to leave it to the next run)\n";
+    (void)!::write(STDERR_FILENO, message, sizeof message - 1);
+    const timespec pause{0, 50 * 1000 * 1000};
+    while (drain.busy()) {
+        if (sigtimedwait(&signals, nullptr, &pause) > 0) return;
+    }
+}
+
+int KovraInterrupts::exitCode(int code) const {
+    while (interrupted_) pause();
+    return code;
+}
+
 KovraInterrupts::Cleanup KovraInterrupts::take(Token token) {
     std::lock_guard lock(mutex_);
     auto it = cleanups_.find(token);
@@ -55,8 +88,10 @@ void KovraInterrupts::watch() {
     int received = 0;
     while (sigwait(&set, &received) != 0) {
     }
+    interrupted_ = true;
     const char message[] = "\nkovra: interrupted\n";
     (void)!::write(STDERR_FILENO, message, sizeof message - 1);
+    drainPayment(set);
     for (;;) {
         Cleanup cleanup;
         {

@@ -7,6 +7,7 @@
 #include <kovra/KVRCardProvider.h>
 #include <kovra/KVRDisplayProvider.h>
 #include <kovra/KVRErrors.h>
+#include <kovra/KVRJournalProvider.h>
 #include <kovra/KVRKovraCodeActivationProvider.h>
 #include <kovra/KVRMailProvider.h>
 #include <kovra/KVRMerchantListProvider.h>
@@ -114,23 +115,19 @@ std::string KovraSession::cardLastDigits() {
     return result.payload.value_or("");
 }
 
-// The sale's record is the one transaction that was not stored before it:
-// records are shared objects, one per stored row, so identity tells them apart.
 KovraSession::SaleOutcome KovraSession::sale(const SaleRequest& request) {
     ensureConnected();
-    auto before = KVRTransactionListProvider::listTransactions();
-    KovraCompletionWaiter<> waiter;
+    KovraCompletionWaiter<Transaction> waiter;
+    auto completion = waiter.completionWithPayload<Transaction>();
     KVRTransactionProvider provider;
-    provider.sendTransactionWithValue(request.amount, request.type, request.instalments, std::string(),
-                                      waiter.completion());
+    provider.sendTransactionWithValueReturningRecord(
+        request.amount, request.type, request.instalments, std::string(),
+        [completion](bool success, std::optional<KVRError> error, Transaction record) {
+            completion(success, std::move(record), std::move(error));
+        });
     auto result = waiter.wait();
     SaleOutcome outcome;
-    for (const auto& record : KVRTransactionListProvider::listTransactions()) {
-        if (std::find(before.begin(), before.end(), record) == before.end()) {
-            outcome.record = record;
-            break;
-        }
-    }
+    outcome.record = result.payload;
     // A failure always carries a catalogue error; the generic one stands in
     // should a completion ever come without.
     if (!result.success) outcome.error = result.error.value_or(KVRErrors::genericError());
@@ -160,6 +157,22 @@ std::vector<KovraSession::Transaction> KovraSession::transactionsOfPresentedCard
 }
 
 std::vector<KovraSession::Merchant> KovraSession::merchants() { return KVRMerchantListProvider::listMerchants(); }
+
+KVRJournalEntry KovraSession::lastTransaction() {
+    auto last = KVRJournalProvider::lastTransaction();
+    if (!last) throw KovraCommandError::failure("no sale has been made yet");
+    return *last;
+}
+
+std::vector<KVRJournalEntry> KovraSession::pendingReversals() { return KVRJournalProvider::pendingReversals(); }
+
+std::vector<KVRJournalEntry> KovraSession::recover() {
+    KovraCompletionWaiter<std::vector<KVRJournalEntry>> waiter;
+    auto completion = waiter.completionWithPayload<std::vector<KVRJournalEntry>>();
+    KVRJournalProvider::recover(
+        [completion](std::vector<KVRJournalEntry> entries) { completion(true, std::move(entries), std::nullopt); });
+    return waiter.wait().payload;
+}
 
 KovraSession::Transaction KovraSession::transactionWithReference(const std::string& reference) {
     for (const auto& transaction : KVRTransactionListProvider::listTransactions())

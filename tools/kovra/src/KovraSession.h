@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kovra/KVRError.h>
+#include <kovra/KVRJournalEntry.h>
 
 #include <memory>
 #include <optional>
@@ -63,6 +64,12 @@ public:
     /// Reads a card on the PIN pad and lists the transactions of that card.
     std::vector<Transaction> transactionsOfPresentedCard();
     static std::vector<Merchant> merchants();
+
+    /// The latest sale attempt; a failure before the first.
+    static KVRJournalEntry lastTransaction();
+    static std::vector<KVRJournalEntry> pendingReversals();
+    /// Retries what the journal owes now and returns what it acted on.
+    static std::vector<KVRJournalEntry> recover();
     /// The stored transaction with this reference; a failure when none has it.
     static Transaction transactionWithReference(const std::string& reference);
 

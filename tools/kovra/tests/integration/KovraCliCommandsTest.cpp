@@ -146,6 +146,11 @@ TEST_F(KovraCliSalesTest, SaleListCancelAndReceipts) {
     EXPECT_EQ(declined.errorLines().back(), "error 211: Your transaction was rejected by Authorizer.");
     EXPECT_EQ(declined.out.rfind("sale not approved:\n", 0), 0u) << declined.out;
     EXPECT_NE(declined.out.find("status              Transação Negada\n"), std::string::npos) << declined.out;
+    json last = parsed(bench_.run({"--json", "last"}));
+    EXPECT_EQ(last["state"], "settled");
+    EXPECT_EQ(last["hostAnswer"], "declined");
+    EXPECT_EQ(last["transaction"]["status"], 1);
+    EXPECT_EQ(bench_.run({"pending"}).out, "nothing is owed to the acquirer\n");
 
     auto stripe = bench_.run({"--json", "sale", "--amount", "2590", "--debit", "--instalments", "2"});
     ASSERT_EQ(stripe.exitCode, 0) << stripe.err;

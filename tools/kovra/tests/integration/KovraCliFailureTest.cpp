@@ -6,6 +6,11 @@
 #include "support/KVRWaitUntil.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -100,6 +105,53 @@ TEST_F(KovraCliSilentPinpadTest, ReadTimeOutEndsTheCommand) {
     EXPECT_EQ(result.exitCode, 1);
     ASSERT_EQ(result.errorLines().size(), 1u) << result.err;
     EXPECT_EQ(result.err.rfind("error ", 0), 0u) << result.err;
+}
+
+// Interrupted while the card has yet to hear the approval: the tool waits
+// until the journal has settled the sale (here the PIN pad's silence makes it
+// a reversal) and then leaves with 130; nothing is left approved or owed.
+TEST(KovraCliInterruptTest, AnInterruptedSaleLeavesNothingApprovedOrOwed) {
+    KovraEmulatorBench::Options options;
+    options.pinpadFaults = {{{"command", "FNC"}, {"silence", true}}};
+    KovraEmulatorBench bench(options);
+    ASSERT_EQ(bench.run({"enroll", "KOVRA-0001"}).exitCode, 0);
+    ASSERT_EQ(bench.run({"tables", "download"}).exitCode, 0);
+    for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        size_t before = bench.pinpadCommands().size();
+        KovraCliProcess sale({"--read-timeout", "2", "sale", "--amount", "1000"}, bench.environment());
+        ASSERT_TRUE(kvrWaitUntil([&] {
+            auto commands = bench.pinpadCommands();
+            return std::any_of(commands.begin() + std::min(before, commands.size()), commands.end(),
+                               [](const std::string& command) { return command.rfind("FNC", 0) == 0; });
+        }));
+        sale.interrupt(signal);
+        auto result = sale.finish(30s);
+        EXPECT_EQ(result.exitCode, 130) << result.err;
+        auto last = nlohmann::json::parse(bench.run({"--json", "last"}).out);
+        EXPECT_EQ(last["state"], "reversed") << last.dump(2);
+        EXPECT_EQ(last["transaction"]["status"], 5) << last.dump(2);
+        EXPECT_EQ(bench.run({"pending"}).out, "nothing is owed to the acquirer\n");
+    }
+}
+
+// A store that cannot be read is moved aside: the commands that show the
+// history say so, now with a failure and afterwards with a warning.
+TEST(KovraCliFailureTest, UnreadableStoreIsReported) {
+    KovraEmulatorBench bench;
+    ASSERT_EQ(bench.run({"merchants"}).exitCode, 0);
+    std::string store = bench.dataDirectory() + "/Library/br.com.kovra.KovraSDK/KovraSDK.sqlite";
+    std::filesystem::remove(store + "-wal");
+    std::ofstream(store, std::ios::trunc) << std::string(5000, 'x');
+    auto found = bench.run({"list"});
+    EXPECT_EQ(found.exitCode, 1);
+    EXPECT_NE(found.err.find("could not be read and was moved to " + store + ".corrupt-"), std::string::npos)
+        << found.err;
+    auto later = bench.run({"list"});
+    EXPECT_EQ(later.exitCode, 0);
+    EXPECT_EQ(later.out, "no transactions\n");
+    EXPECT_NE(later.err.find("warning: an unreadable store was set aside as " + store + ".corrupt-"), std::string::npos)
+        << later.err;
 }
 
 TEST_F(KovraCliSilentPinpadTest, WithoutTimeOutCtrlCEndsTheWait) {

@@ -119,8 +119,8 @@ bool KovraCliProcess::waitForOutput(const std::string& text, std::chrono::millis
     return true;
 }
 
-void KovraCliProcess::interrupt() {
-    if (pid_ > 0) ::kill(pid_, SIGINT);
+void KovraCliProcess::interrupt(int signal) {
+    if (pid_ > 0) ::kill(pid_, signal);
 }
 
 KovraCliResult KovraCliProcess::finish(std::chrono::milliseconds timeout) {

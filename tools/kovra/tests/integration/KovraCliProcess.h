@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <csignal>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -30,8 +31,8 @@ public:
     /// Reads standard output until it holds the text; false when the time is
     /// up or the output ended first.
     bool waitForOutput(const std::string& text, std::chrono::milliseconds timeout);
-    /// Ctrl-C.
-    void interrupt();
+    /// Ctrl-C, or another signal.
+    void interrupt(int signal = SIGINT);
     /// Reads both streams to their end and waits for the exit; a child still
     /// running at the deadline is killed and reported with exit code -1.
     KovraCliResult finish(std::chrono::milliseconds timeout = std::chrono::seconds(60));

@@ -37,7 +37,7 @@ KVREmulators::Options KovraEmulatorBench::emulatorOptions(const Options& options
 }
 
 std::vector<std::string> KovraEmulatorBench::environment() const {
-    return {"KOVRA_INFO_PLIST=" + directory_.file("Info.plist"), "KOVRA_DATA_DIR=" + directory_.file("data")};
+    return {"KOVRA_INFO_PLIST=" + directory_.file("Info.plist"), "KOVRA_DATA_DIR=" + dataDirectory()};
 }
 
 KovraCliResult KovraEmulatorBench::run(const std::vector<std::string>& arguments) const {

@@ -31,6 +31,8 @@ public:
     /// kovra with this bench's dictionary and data directory.
     KovraCliResult run(const std::vector<std::string>& arguments) const;
     std::vector<std::string> environment() const;
+    /// The kovra process's data directory (Documents and Library).
+    std::string dataDirectory() const { return directory_.file("data"); }
 
     const std::string& pinpadDevice() const { return emulators_.pinpadDevice(); }
     /// The mails the acquirer accepted, oldest first.
