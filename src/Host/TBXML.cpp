@@ -9,7 +9,7 @@
 #include <new>
 
 struct TBXML::Document {
-    /// The document's own copy of the bytes, with a zero after the last one.
+    /// The document's own copy of the bytes, followed by zeros.
     std::unique_ptr<char[]> bytes;
     TBXMLBlockPool<TBXMLElement> elements;
     TBXMLBlockPool<TBXMLAttribute> attributes;
@@ -69,9 +69,9 @@ TBXML TBXML::fromFile(const std::string& path, std::optional<KVRError>* error) {
 void TBXML::parse(const char* bytes, size_t length, std::optional<KVRError>* error) {
     Document& d = *document_;
     try {
-        d.bytes.reset(new char[length + 1]);
+        d.bytes.reset(new char[length + TBXMLBuilder::kPadding]);
         if (length > 0) std::memcpy(d.bytes.get(), bytes, length);
-        d.bytes[length] = '\0';
+        std::memset(d.bytes.get() + length, 0, TBXMLBuilder::kPadding);
         d.elements.expect(length / kBytesPerElement);
         d.root = TBXMLBuilder(d.bytes.get(), d.bytes.get() + length, d.elements, d.attributes).build();
     } catch (const std::bad_alloc&) {

@@ -1,6 +1,8 @@
 #include "Host/TBXMLBuilder.h"
 
 #include <array>
+#include <bit>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
 
@@ -12,7 +14,6 @@ enum ByteClass : unsigned char {
     kAttributeStop = 4,  // ends an attribute name
     kValueStop = 8,      // ends an unquoted attribute value
     kSpace = 16,         // separates the parts of a tag
-    kEndTagStop = 32,    // ends an end tag: '>', or a '<' that starts the next markup
 };
 
 // NUL is in every stop class: the zero after the last byte stops every scan,
@@ -28,9 +29,6 @@ constexpr std::array<unsigned char, 256> kByteClasses = [] {
     classes['/'] |= kNameStop | kAttributeStop | kValueStop;
     classes['>'] |= kNameStop | kAttributeStop | kValueStop;
     classes['='] |= kAttributeStop;
-    classes['>'] |= kEndTagStop;
-    classes['<'] |= kEndTagStop;
-    classes['\0'] |= kEndTagStop;
     return classes;
 }();
 
@@ -42,16 +40,55 @@ char* skipTo(char* p, unsigned char stop) {
     return p;
 }
 
-/// The next '<' at or after `from`, or null. Most texts of a reply are a few
-/// bytes of indentation or a short value: they are looked through here
-/// before the library's search takes over.
+// Scans eight bytes at a time: the buffer has kPadding readable zero bytes
+// from its end on, so a word read at any byte before the end stays inside it.
+
+using Word = uint64_t;
+constexpr Word kOnes = 0x0101010101010101u;
+constexpr Word kHighBits = 0x8080808080808080u;
+
+/// The eight bytes at `p`, the first in the lowest bits.
+Word wordAt(const char* p) {
+    Word word;
+    std::memcpy(&word, p, sizeof word);
+    if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+    return word;
+}
+
+/// The high bit of each byte equal to `byte`; exact up to the first such
+/// byte, which is all that is looked at.
+Word bytesEqual(Word word, unsigned char byte) {
+    Word x = word ^ (kOnes * byte);
+    return (x - kOnes) & ~x & kHighBits;
+}
+
+/// The first byte marked in `mask` at or after `p`, where the mask's word was read.
+char* firstMarked(char* p, Word mask) { return p + std::countr_zero(mask) / 8; }
+
+/// Texts of a reply are mostly a few bytes of indentation or a short value:
+/// words for those, the library's search for long ones.
+constexpr ptrdiff_t kWordScan = 32;
+
+/// The next '<' at or after `from`, or null.
 char* nextLt(char* from, char* end) {
-    constexpr ptrdiff_t kInline = 16;
-    char* inlineEnd = end - from > kInline ? from + kInline : end;
-    for (char* p = from; p < inlineEnd; ++p)
-        if (*p == '<') return p;
-    if (inlineEnd == end) return nullptr;
-    return static_cast<char*>(std::memchr(inlineEnd, '<', static_cast<size_t>(end - inlineEnd)));
+    char* wordsEnd = end - from > kWordScan ? from + kWordScan : end;
+    for (char* p = from; p < wordsEnd; p += sizeof(Word)) {
+        if (Word mask = bytesEqual(wordAt(p), '<')) {
+            char* lt = firstMarked(p, mask);
+            return lt < end ? lt : nullptr;
+        }
+    }
+    if (wordsEnd == end) return nullptr;
+    return static_cast<char*>(std::memchr(wordsEnd, '<', static_cast<size_t>(end - wordsEnd)));
+}
+
+/// The first '>', '<' or NUL at or after `p`; the final zero stops it.
+char* endTagStop(char* p) {
+    for (;; p += sizeof(Word)) {
+        Word word = wordAt(p);
+        if (Word mask = bytesEqual(word, '>') | bytesEqual(word, '<') | bytesEqual(word, '\0'))
+            return firstMarked(p, mask);
+    }
 }
 
 /// A '<' followed by anything else ("a < b", "<<", "<1") is taken as text.
@@ -159,7 +196,7 @@ char* TBXMLBuilder::endTag(char* at) {
     closeText();
     if (current_) current_ = current_->parentElement;
     for (;; ++at) {
-        at = skipTo(at, kEndTagStop);
+        at = endTagStop(at);
         if (*at != '\0' || at == end_) break;
     }
     return *at == '>' ? at + 1 : at;

@@ -64,7 +64,10 @@ private:
 /// recursion, so the nesting depth costs no stack.
 class TBXMLBuilder {
 public:
-    /// `end` must point at a zero byte that belongs to the buffer.
+    /// Zero bytes the buffer must hold from `end` on: the scans read whole words.
+    static constexpr size_t kPadding = 8;
+
+    /// `end` must point at the first of kPadding zero bytes that belong to the buffer.
     TBXMLBuilder(char* begin, char* end, TBXMLBlockPool<TBXMLElement>& elements,
                  TBXMLBlockPool<TBXMLAttribute>& attributes);
 
