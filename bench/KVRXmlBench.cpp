@@ -1,7 +1,7 @@
 // XML: writing the three request documents the library sends, and reading
 // two host replies (an authorisation response and a configuration update
-// with 100 AIDs and 100 CAPKs) with TBXML, with pugixml alone (TBXML's own
-// parser, same options) and with libxml2's DOM reader, on the same bytes;
+// with 100 AIDs and 100 CAPKs) with TBXML, with pugixml alone (texts kept
+// raw, as TBXML keeps them) and with libxml2's DOM reader, on the same bytes;
 // plus the whole read into the message classes.
 
 #include <benchmark/benchmark.h>
@@ -102,8 +102,8 @@ void BM_Read_TBXML(benchmark::State& state, Reply reply) {
     });
 }
 
-// The parser under TBXML with TBXML's options (raw texts, white space kept,
-// CDATA kept), building its own tree only.
+// pugixml with the options that keep what TBXML keeps (raw texts, white
+// space, CDATA), building its own tree from its own copy of the bytes.
 void BM_Read_pugixml(benchmark::State& state, Reply reply) {
     readEach(state, reply, [](const std::string& text) {
         pugi::xml_document document;

@@ -18,11 +18,15 @@ std::string codeAt(Codes codes, int32_t value, const char* unexpected) {
     return codes.begin()[value];
 }
 
+// Replies are read code by code against every entry: most entries differ
+// in their first letter, which is tested before the library is called.
+bool same(const char* text, const char* code) { return text[0] == code[0] && std::strcmp(text, code) == 0; }
+
 // First match wins, in the order given; anything else is 0.
 int32_t valueOf(Readings readings, const char* code) {
     if (code == nullptr) return 0;
     for (const auto& [text, value] : readings) {
-        if (std::strcmp(text, code) == 0) return value;
+        if (same(text, code)) return value;
     }
     return 0;
 }
@@ -32,7 +36,7 @@ int32_t valueOf(Codes codes, const char* code) {
     if (code == nullptr) return 0;
     int32_t value = 0;
     for (const char* text : codes) {
-        if (std::strcmp(text, code) == 0) return value;
+        if (same(text, code)) return value;
         ++value;
     }
     return 0;

@@ -1,134 +1,29 @@
 #include "Host/TBXML.h"
 
 #include "Host/KVRDataCoding.h"
+#include "Host/TBXMLBuilder.h"
 
-#include <pugixml.hpp>
-
-#include <algorithm>
 #include <cstring>
-#include <forward_list>
 #include <fstream>
 #include <iterator>
 #include <new>
-#include <vector>
-
-// The tree is built by pugixml, a non-recursive DOM parser, parsing in place
-// over the document's own copy of the bytes; this class turns its nodes into
-// the element structure the message classes walk. Only the parser options
-// that keep the bytes raw are used: no entity decoding, no end-of-line or
-// attribute white-space normalisation; comments, processing instructions,
-// declaration and doctype are skipped; CDATA is kept and merged into texts.
-
-namespace {
-
-/// Objects handed out of blocks that double in size: a document costs a few
-/// allocations however many elements it has, and nothing moves once made.
-template <class T>
-class BlockPool {
-public:
-    T& make() {
-        if (used_ == capacity_) grow();
-        return blocks_.back()[used_++];
-    }
-    void clear() {
-        blocks_.clear();
-        used_ = capacity_ = 0;
-    }
-
-private:
-    static constexpr size_t kFirstBlock = 16;
-    static constexpr size_t kLargestBlock = 1024;
-
-    void grow() {
-        capacity_ = capacity_ == 0 ? kFirstBlock : std::min(capacity_ * 2, kLargestBlock);
-        blocks_.push_back(std::make_unique<T[]>(capacity_));
-        used_ = 0;
-    }
-
-    std::vector<std::unique_ptr<T[]>> blocks_;
-    size_t used_ = 0;
-    size_t capacity_ = 0;
-};
-
-}  // namespace
 
 struct TBXML::Document {
+    /// The document's own copy of the bytes, followed by zeros.
     std::unique_ptr<char[]> bytes;
-    pugi::xml_document xml;
-    BlockPool<TBXMLElement> elements;
-    BlockPool<TBXMLAttribute> attributes;
-    std::forward_list<std::string> mergedTexts;
+    TBXMLBlockPool<TBXMLElement> elements;
+    TBXMLBlockPool<TBXMLAttribute> attributes;
     TBXMLElement* root = nullptr;
 };
 
 namespace {
 
-constexpr unsigned kParseOptions = pugi::parse_cdata | pugi::parse_ws_pcdata;
+// Host replies carry an element every 20 to 40 bytes: the first block of
+// elements then holds a whole reply.
+constexpr size_t kBytesPerElement = 24;
 
 void report(std::optional<KVRError>* error, long code) {
     if (error) *error = TBXML::errorWithCode(code);
-}
-
-// pugixml's accessors are calls into the shared library, so each node is
-// looked at as few times as possible: a null node is recognised by its type.
-
-pugi::xml_node nextElementSibling(const pugi::xml_node& node) {
-    pugi::xml_node sibling = node.next_sibling();
-    for (pugi::xml_node_type type; (type = sibling.type()) != pugi::node_null; sibling = sibling.next_sibling()) {
-        if (type == pugi::node_element) break;
-    }
-    return sibling;
-}
-
-/// What an element holds before its first child element.
-struct Lead {
-    /// Its character data (CDATA included, comments left out); a single
-    /// piece is used in place, several are joined.
-    const char* text = "";
-    /// The first child element, or a null node.
-    pugi::xml_node firstElement;
-};
-
-Lead leadOf(const pugi::xml_node& node, std::forward_list<std::string>& mergedTexts) {
-    Lead lead;
-    const char* single = nullptr;
-    std::string merged;
-    int pieces = 0;
-    pugi::xml_node child = node.first_child();
-    for (pugi::xml_node_type type; (type = child.type()) != pugi::node_null; child = child.next_sibling()) {
-        if (type == pugi::node_element) break;
-        if (type != pugi::node_pcdata && type != pugi::node_cdata) continue;
-        const char* value = child.value();
-        if (*value == '\0') continue;
-        if (pieces == 0) {
-            single = value;
-        } else {
-            if (pieces == 1) merged = single;
-            merged += value;
-        }
-        ++pieces;
-    }
-    lead.firstElement = child;
-    if (pieces == 1) {
-        lead.text = single;
-    } else if (pieces > 1) {
-        mergedTexts.push_front(std::move(merged));
-        lead.text = mergedTexts.front().c_str();
-    }
-    return lead;
-}
-
-TBXMLAttribute* attributesOf(const pugi::xml_node& node, BlockPool<TBXMLAttribute>& pool) {
-    TBXMLAttribute* first = nullptr;
-    TBXMLAttribute* last = nullptr;
-    for (pugi::xml_attribute attribute = node.first_attribute(); attribute; attribute = attribute.next_attribute()) {
-        TBXMLAttribute& made = pool.make();
-        made.name = attribute.name();
-        made.value = attribute.value();
-        (last ? last->next : first) = &made;
-        last = &made;
-    }
-    return first;
 }
 
 }  // namespace
@@ -174,64 +69,17 @@ TBXML TBXML::fromFile(const std::string& path, std::optional<KVRError>* error) {
 void TBXML::parse(const char* bytes, size_t length, std::optional<KVRError>* error) {
     Document& d = *document_;
     try {
-        d.bytes.reset(new char[length + 1]);
+        d.bytes.reset(new char[length + TBXMLBuilder::kPadding]);
         if (length > 0) std::memcpy(d.bytes.get(), bytes, length);
-        d.bytes[length] = '\0';
-        pugi::xml_parse_result result =
-            d.xml.load_buffer_inplace(d.bytes.get(), length, kParseOptions, pugi::encoding_utf8);
-        if (result.status == pugi::status_out_of_memory) {
-            report(error, TBXMLErrorMemoryAllocFailure);
-            return;
-        }
-
-        // Pre-order walk without recursion: descend to first children, then
-        // move to the next sibling of the nearest ancestor that has one.
-        TBXMLElement* parent = nullptr;
-        TBXMLElement* lastTopLevel = nullptr;
-        pugi::xml_node node = leadOf(d.xml, d.mergedTexts).firstElement;
-        while (node.type() != pugi::node_null) {
-            TBXMLElement& element = d.elements.make();
-            Lead lead = leadOf(node, d.mergedTexts);
-            element.name = node.name();
-            element.text = lead.text;
-            element.firstAttribute = attributesOf(node, d.attributes);
-            element.parentElement = parent;
-            TBXMLElement* previous = parent ? parent->currentChild : lastTopLevel;
-            element.previousSibling = previous;
-            if (previous) previous->nextSibling = &element;
-            if (parent) {
-                if (!parent->firstChild) parent->firstChild = &element;
-                parent->currentChild = &element;
-            } else {
-                if (!d.root) d.root = &element;
-                lastTopLevel = &element;
-            }
-
-            if (lead.firstElement.type() != pugi::node_null) {
-                parent = &element;
-                node = lead.firstElement;
-                continue;
-            }
-            for (;;) {
-                pugi::xml_node sibling = nextElementSibling(node);
-                if (sibling.type() != pugi::node_null) {
-                    node = sibling;
-                    break;
-                }
-                if (!parent) {
-                    node = pugi::xml_node();
-                    break;
-                }
-                node = node.parent();
-                parent = parent->parentElement;
-            }
-        }
-        if (!result) report(error, TBXMLErrorDecodeFailed);
+        std::memset(d.bytes.get() + length, 0, TBXMLBuilder::kPadding);
+        d.elements.expect(length / kBytesPerElement);
+        d.root = TBXMLBuilder(d.bytes.get(), d.bytes.get() + length, d.elements, d.attributes).build();
     } catch (const std::bad_alloc&) {
         d.root = nullptr;
-        d.elements.clear();
         report(error, TBXMLErrorMemoryAllocFailure);
+        return;
     }
+    if (!d.root) report(error, TBXMLErrorDecodeFailed);
 }
 
 const TBXMLElement* TBXML::rootXMLElement() const { return document_ ? document_->root : nullptr; }

@@ -50,16 +50,19 @@ struct TBXMLElement {
     TBXMLElement* previousSibling = nullptr;
 };
 
-/// A read-only element tree of an XML text. Lenient: no namespaces, no
-/// entity decoding, no validation. Input that is not well formed gives the
-/// tree read up to the fault (possibly none) and a "Decode failure" error.
-/// Deeply nested or huge inputs are handled without recursion. Element
-/// pointers live as long as the document object.
+/// A read-only element tree of an XML text, built in one pass over the
+/// document's own copy of the bytes. Tolerant: no namespaces, no entity
+/// decoding, no validation; any end tag closes the current element and
+/// reading goes on, so a reply cut short or slightly malformed still gives
+/// the elements it holds. Only a text with no element at all gives no root,
+/// with "Decode failure". Memory grows with the input, never with its
+/// nesting. Element pointers live as long as the document object.
 class TBXML {
 public:
     /// initWithXMLString / initWithXMLData: the bytes are taken as UTF-8.
     explicit TBXML(std::string_view xml, std::optional<KVRError>* error = nullptr);
-    /// Null bytes give an empty document and "Data is nil".
+    /// Any bytes, NULs included: the entry for fuzzing. Null bytes give an
+    /// empty document and "Data is nil".
     TBXML(const char* bytes, size_t length, std::optional<KVRError>* error = nullptr);
     /// A document read from a file, inflated first when it is gzip-compressed.
     /// A missing or unreadable file gives "File not found in bundle".

@@ -53,11 +53,6 @@ void KVRAcceptorConfigurationUpdateData::read(const TBXMLElement* firstChild) {
 }
 
 void KVRAcceptorConfigurationUpdate::read(const std::string& body) {
-    std::optional<KVRError> error;
-    TBXML xml(body, &error);
-    // A reply cut short may still hold the element; it is refused as a whole.
-    if (error) return;
-    const TBXMLElement* element = xml.rootXMLElement();
-    while (element && !named(element, "AccptrCfgtnUpd")) element = element->firstChild;
-    if (element) data = nested<KVRAcceptorConfigurationUpdateData>(element);
+    data = KVRElementReading::descendTo<KVRAcceptorConfigurationUpdateData>(body, "AccptrCfgtnUpd",
+                                                                            KVRElementReading::Descent::firstNamed);
 }

@@ -1,10 +1,10 @@
 #include "Tms/KVRAidTable.h"
 
+#include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
 #include "Host/XMLWriter.h"
 #include "Utils/KVRStringUtil.h"
 
-#include <cstring>
 #include <string_view>
 #include <unordered_map>
 
@@ -96,7 +96,7 @@ std::optional<std::vector<std::shared_ptr<KVRAidTableCommand>>> KVRAidTable::rea
 std::shared_ptr<KVRAidTableCommand> KVRAidTable::aidCommandFromXml(const TBXMLElement* element) {
     auto command = std::make_shared<KVRAidTableCommand>();
     if (!element) return command;
-    if (std::strcmp(element->name, "AidTbl") == 0) {
+    if (KVRElementReading::named(element, "AidTbl")) {
         for (const TBXMLElement* child = element->firstChild; child; child = child->nextSibling)
             aidCommandFromXml(child);
         return command;

@@ -1,16 +1,17 @@
 #include "Tms/KVRApplicationParameter.h"
 
+#include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
 
-#include <cstring>
+using KVRElementReading::named;
 
 void KVRApplicationParameter::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (std::strcmp(e->name, "ApplId") == 0) {
+        if (named(e, "ApplId")) {
             applicationIdentification = e->text;
-        } else if (std::strcmp(e->name, "Vrsn") == 0) {
+        } else if (named(e, "Vrsn")) {
             // Recognised, deliberately not converted: nothing reads the version.
-        } else if (std::strcmp(e->name, "Params") == 0) {
+        } else if (named(e, "Params")) {
             parameters = e->text;
         }
     }

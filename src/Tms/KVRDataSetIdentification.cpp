@@ -1,10 +1,11 @@
 #include "Tms/KVRDataSetIdentification.h"
 
+#include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
 #include "Host/XMLWriter.h"
 #include "Tms/KVRTmsCodeTable.h"
 
-#include <cstring>
+using KVRElementReading::named;
 
 namespace {
 const KVRTmsCodeTable& categories() {
@@ -37,15 +38,15 @@ void KVRDataSetIdentification::write(XMLWriter& writer) const {
 
 void KVRDataSetIdentification::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (std::strcmp(e->name, "Tp") == 0) {
+        if (named(e, "Tp")) {
             type = dataSetCategoryFromString(e->text);
-        } else if (std::strcmp(e->name, "Id") == 0) {
+        } else if (named(e, "Id")) {
             identification = e->text;
-        } else if (std::strcmp(e->name, "Vrsn") == 0) {
+        } else if (named(e, "Vrsn")) {
             version = e->text;
-        } else if (std::strcmp(e->name, "CreDtTm") == 0) {
+        } else if (named(e, "CreDtTm")) {
             creationDateTime = e->text;
-        } else if (std::strcmp(e->name, "Nm") == 0) {
+        } else if (named(e, "Nm")) {
             name = e->text;
         }
     }

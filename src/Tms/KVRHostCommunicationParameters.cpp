@@ -1,14 +1,15 @@
 #include "Tms/KVRHostCommunicationParameters.h"
 
+#include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
 
-#include <cstring>
+using KVRElementReading::named;
 
 void KVRHostCommunicationParameters::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (std::strcmp(e->name, "HstId") == 0) {
+        if (named(e, "HstId")) {
             hostIdentification = e->text;
-        } else if (std::strcmp(e->name, "Adr") == 0) {
+        } else if (named(e, "Adr")) {
             addressData = std::make_shared<KVRHostAddress>();
             addressData->read(e->firstChild);
         }

@@ -1,19 +1,20 @@
 #include "Tms/KVRMerchantParameter.h"
 
+#include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
 
-#include <cstring>
+using KVRElementReading::named;
 
 void KVRMerchantParameter::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (std::strcmp(e->name, "Sak") == 0) {
+        if (named(e, "Sak")) {
             saleAffiliationKey = e->text;
-        } else if (std::strcmp(e->name, "Adr") == 0) {
+        } else if (named(e, "Adr")) {
             address = KVRAddress::create();
             address->read(e->firstChild);
-        } else if (std::strcmp(e->name, "CpnyNm") == 0) {
+        } else if (named(e, "CpnyNm")) {
             companyName = e->text;
-        } else if (std::strcmp(e->name, "IdCd") == 0) {
+        } else if (named(e, "IdCd")) {
             identificationCode = e->text;
         }
     }

@@ -1,10 +1,11 @@
 #include "Tms/KVRPoilIdentification.h"
 
+#include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
 #include "Host/XMLWriter.h"
 #include "Tms/KVRTmsCodeTable.h"
 
-#include <cstring>
+using KVRElementReading::named;
 
 namespace {
 const KVRTmsCodeTable& partyTypes() {
@@ -40,13 +41,13 @@ void KVRPoilIdentification::write(XMLWriter& writer) const {
 
 void KVRPoilIdentification::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (std::strcmp(e->name, "Tp") == 0) {
+        if (named(e, "Tp")) {
             type = PartyTypeCodeToString(e->text);
-        } else if (std::strcmp(e->name, "Issr") == 0) {
+        } else if (named(e, "Issr")) {
             issuer = PartyTypeCodeToString(e->text);
-        } else if (std::strcmp(e->name, "Id") == 0) {
+        } else if (named(e, "Id")) {
             identification = e->text;
-        } else if (std::strcmp(e->name, "ShrtNm") == 0) {
+        } else if (named(e, "ShrtNm")) {
             shortName = e->text;
         }
     }

@@ -1,10 +1,11 @@
 #include "Tms/KVRSecurityTrailer.h"
 
 #include "Host/KVREnumParser.h"
+#include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
 #include "Host/XMLWriter.h"
 
-#include <cstring>
+using KVRElementReading::named;
 
 namespace {
 KVRContentType contentTypeFromString(const char* code) {
@@ -23,5 +24,5 @@ void KVRSecurityTrailer::write(XMLWriter& writer) const {
 
 void KVRSecurityTrailer::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling)
-        if (std::strcmp(e->name, "CnttTp") == 0) contentType = contentTypeFromString(e->text);
+        if (named(e, "CnttTp")) contentType = contentTypeFromString(e->text);
 }

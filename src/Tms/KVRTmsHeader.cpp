@@ -1,9 +1,10 @@
 #include "Tms/KVRTmsHeader.h"
 
+#include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
 #include "Host/XMLWriter.h"
 
-#include <cstring>
+using KVRElementReading::named;
 
 void KVRTmsHeader::write(XMLWriter& writer) const {
     writer.writeStartElement("Hdr");
@@ -16,13 +17,13 @@ void KVRTmsHeader::write(XMLWriter& writer) const {
 
 void KVRTmsHeader::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (std::strcmp(e->name, "DwnldTrf") == 0) {
+        if (named(e, "DwnldTrf")) {
             downloadTransfer = e->text[0] != '\0';
-        } else if (std::strcmp(e->name, "FrmtVrsn") == 0) {
+        } else if (named(e, "FrmtVrsn")) {
             formatVersion = e->text;
-        } else if (std::strcmp(e->name, "XchgId") == 0) {
+        } else if (named(e, "XchgId")) {
             exchangeIdentification = e->text;
-        } else if (std::strcmp(e->name, "CreDtTm") == 0) {
+        } else if (named(e, "CreDtTm")) {
             creationDateTime = e->text;
         }
     }

@@ -96,6 +96,9 @@ TEST(KVRAcceptorAuthorisationResponse, ApprovalIsReadWhateverTheOrderOfTheChildr
         {"shuffled children, unknown ones", document("<AccptrAuthstnRspn>" + shuffledBody + kHeader + "</AccptrAuthstnRspn>")},
         {"indented with comments", document("\n\t<!-- reply -->\n\t<AccptrAuthstnRspn>\n\t\t" + body + "\n\t\t" + kHeader +
                                             "\n\t</AccptrAuthstnRspn>\n")},
+        {"malformed before the result, end cut off", std::string("<Document><AccptrAuthstnRspn>") + kHeader +
+                                                         "<AuthstnRspn>" + kEnvironment + kTransaction +
+                                                         "<Note lang=pt>x</Nt>" + kTransactionResponse},
     };
     for (const auto& [name, text] : cases) {
         SCOPED_TRACE(name);

@@ -4,7 +4,6 @@
 #include "Host/TBXML.h"
 #include "support/KVRTempDirectory.h"
 
-#include <chrono>
 #include <fstream>
 #include <functional>
 #include <random>
@@ -23,6 +22,17 @@ size_t depthAlongFirstChildren(const TBXMLElement* e) {
     size_t depth = 0;
     for (; e; e = e->firstChild) ++depth;
     return depth;
+}
+
+/// name[attribute=value,...]=text(children...): empty parts left out.
+std::string outline(const TBXMLElement* e) {
+    std::string text = e->name;
+    for (const TBXMLAttribute* a = e->firstAttribute; a; a = a->next)
+        text += (a == e->firstAttribute ? "[" : ",") + std::string(a->name) + "=" + a->value + (a->next ? "" : "]");
+    if (*e->text) text += "=" + std::string(e->text);
+    for (const TBXMLElement* c = e->firstChild; c; c = c->nextSibling)
+        text += (c == e->firstChild ? "(" : ",") + outline(c) + (c->nextSibling ? "" : ")");
+    return text;
 }
 
 TEST(TBXML, BuildsTheTreeWithRawTextsAndLinks) {
@@ -62,25 +72,30 @@ TEST(TBXML, BuildsTheTreeWithRawTextsAndLinks) {
     EXPECT_STREQ(root->text, "\n\t");
 }
 
-TEST(TBXML, TextsKeepWhiteSpaceMergeCdataAndSkipComments) {
-    struct Case {
-        const char* xml;
-        const char* text;
+// Texts as they stand, CDATA joined, comments left out; and from hosts that
+// get XML slightly wrong, every element they sent.
+TEST(TBXML, RawTextsAndEveryElementEvenPastFaults) {
+    const std::pair<std::string, const char*> cases[] = {
+        {"<A>  lead\r\n trail  </A>", "A=  lead\r\n trail  "},
+        {"<A>x<![CDATA[<y> & ]]>z<B/>after</A>", "A=x<y> & z(B)"},
+        {"<A>x<!-- gone -->y<![CDATA[]]></A>", "A=xy"},
+        {"<A>&lt;&#233;&unknown;caf\xC3\xA9</A>", "A=&lt;&#233;&unknown;caf\xC3\xA9"},
+        {"<R><A>1</B><C>2</C></R>", "R(A=1,C=2)"},
+        {"<R><A x=1 y = '2' z w=\"a>b\" v=/p/q>t</A><B u=3/></R>", "R(A[x=1,y=2,z=,w=a>b,v=/p/q]=t,B[u=3])"},
+        {"<Document><Cfg><Hdr>x</Hdr></Cfg>", "Document(Cfg(Hdr=x))"},
+        {"<R><A>cut short", "R(A=cut short)"},
+        {"<R><A b=\"cut short", "R(A[b=cut short])"},
+        {"if a < b <R>x<1</R>", "R=x<1"},
+        {"\xEF\xBB\xBF<?xml version='1.0'?><!DOCTYPE R [<!ENTITY e \"<X>\">]><R><A/>tail<B>b</B></R>", "R(A,B=b)"},
+        {std::string("<R>a\0b<A\0c='1'/></R>", 20), "R=a(A[c=1])"},
     };
-    const Case cases[] = {
-        {"<A>  lead\r\n trail  </A>", "  lead\r\n trail  "},
-        {"<A>x<![CDATA[<y> & ]]>z<B/>after</A>", "x<y> & z"},
-        {"<A>x<!-- gone -->y</A>", "xy"},
-        {"<A><![CDATA[]]></A>", ""},
-        {"<A>&lt;&#233;&unknown;</A>", "&lt;&#233;&unknown;"},
-        {"<A>caf\xC3\xA9</A>", "caf\xC3\xA9"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.xml);
-        TBXML xml(c.xml);
-        ASSERT_NE(xml.rootXMLElement(), nullptr);
-        EXPECT_STREQ(xml.rootXMLElement()->text, c.text);
-        EXPECT_EQ(TBXML::textForElement(xml.rootXMLElement()), c.text);
+    for (const auto& [xml, expected] : cases) {
+        SCOPED_TRACE(xml);
+        std::optional<KVRError> error;
+        TBXML document(xml, &error);
+        ASSERT_NE(document.rootXMLElement(), nullptr);
+        EXPECT_EQ(outline(document.rootXMLElement()), expected);
+        EXPECT_FALSE(error);
     }
 }
 
@@ -153,8 +168,8 @@ TEST(TBXML, EmptyOrMissingInputGivesNoRoot) {
     EXPECT_EQ(nil.rootXMLElement(), nullptr);  // NOLINT(bugprone-use-after-move): a moved-from document is empty
 }
 
-// Inputs a broken or hostile host might send: each must come back quickly
-// with no tree or a partial one, and without exhausting the stack.
+// Inputs a broken or hostile host might send: each must come back with no
+// tree or a partial one, without exhausting the stack or expanding entities.
 TEST(TBXML, HostileInputsGiveAnEmptyOrPartialTree) {
     std::string deep;
     for (int i = 0; i < 100000; ++i) deep += "<a>";
@@ -188,7 +203,7 @@ TEST(TBXML, HostileInputsGiveAnEmptyOrPartialTree) {
     const Case cases[] = {
         {"100 000 open levels", deep, true, 100000},
         {"100 000 closed levels", deepClosed, true, 100000},
-        {"50 MB of random bytes", garbage, false, 0},
+        {"50 MB of random bytes", garbage, std::nullopt, std::nullopt},
         {"50 MB of tag soup", soup, std::nullopt, std::nullopt},
         {"50 MB of text in one element", hugeText, true, 1},
         {"HTML error page", "<html><head><title>500</title></head><body><p>Oops<br></body></html>", true, 3},
@@ -199,13 +214,11 @@ TEST(TBXML, HostileInputsGiveAnEmptyOrPartialTree) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        auto start = std::chrono::steady_clock::now();
         std::optional<KVRError> error;
         TBXML xml(c.xml, &error);
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
         if (c.rooted) EXPECT_EQ(xml.rootXMLElement() != nullptr, *c.rooted);
         if (c.depth) EXPECT_EQ(depthAlongFirstChildren(xml.rootXMLElement()), *c.depth);
-        if (!xml.rootXMLElement()) EXPECT_TRUE(error);
+        EXPECT_EQ(error.has_value(), xml.rootXMLElement() == nullptr);
     }
     TBXML entities(laughs);
     EXPECT_STREQ(entities.rootXMLElement()->text, "&l9;");

@@ -77,8 +77,10 @@ TEST_F(ActivationTest, ControllerOutcomesForEveryKindOfReply) {
         {"empty reply", [](KVRFakeExchange& h) { h.replyWith(""); }, {{false, KVRErrors::nullResponse()}}, false},
         {"HTML error page", [](KVRFakeExchange& h) { h.replyWith("<html><body>502 Bad Gateway</body></html>"); },
          {{false, KVRErrors::nullResponse()}}, false},
-        {"bytes that are not UTF-8", [](KVRFakeExchange& h) { h.replyWith("\xff\xfe<AccptrCfgtnUpd/>"); },
-         {{false, KVRErrors::nullResponse()}}, false},
+        {"reply cut after the merchant", [](KVRFakeExchange& h) {
+             std::string full = configurationUpdate(kMerchantParameters);
+             h.replyWith(full.substr(0, full.find("</Cntt>")));
+         }, {{true, std::nullopt}}, true},
         {"no merchant parameters", [](KVRFakeExchange& h) { h.replyWith(configurationUpdate("")); },
          {{true, std::nullopt}}, true},
         {"full configuration", [](KVRFakeExchange& h) { h.replyWith(configurationUpdate(kMerchantParameters)); },

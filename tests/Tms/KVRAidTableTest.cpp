@@ -207,7 +207,7 @@ TEST(KVRAidTable, OverLongHostTextsAreNotStoredInTheRecordFields) {
 TEST(KVRAidTable, UnparsableTextGivesNothingAndTheReadersError) {
     KVRAidTable aids;
     std::optional<KVRError> error;
-    EXPECT_FALSE(aids.readAidString("<AidTbl><Aid><AID>A0000000031010</AID>", &error));
+    EXPECT_FALSE(aids.readAidString("AidTbl: A0000000031010", &error));
     ASSERT_TRUE(error);
     EXPECT_EQ(error->domain(), TBXMLErrorDomain);
     EXPECT_EQ(error->code(), TBXMLErrorDecodeFailed);

@@ -266,8 +266,8 @@ TEST_F(TableLoadTest, TablesThatCannotBeLoadedStopAfterTli) {
         std::string capk;
         std::optional<long> code;  // nothing: the XML reader's error
     } rows[] = {
-        {"AID table is not XML", "<AidTbl><Aid>", goodCapk, std::nullopt},
-        {"CAPK table is not XML", goodAid, "<CapkTable><Capk></CapkTable", std::nullopt},
+        {"AID table is not XML", "AidTbl", goodCapk, std::nullopt},
+        {"CAPK table is not XML", goodAid, "< CapkTable >", std::nullopt},
         {"AID table is empty text", "", goodCapk, std::nullopt},
         {"application name over 16", samples::aidTable({samples::Aid(), longName}), goodCapk, 305},
         {"AID over 32 digits", samples::aidTable({longAid}), goodCapk, 305},

@@ -1,10 +1,11 @@
 #include "Host/Messages/KVRGenericIdentification.h"
 
 #include "Host/KVREnumParser.h"
+#include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
 #include "Host/XMLWriter.h"
 
-#include <cstring>
+using KVRElementReading::named;
 
 void KVRGenericIdentification::write(XMLWriter& writer, const std::string& tag) const {
     writer.writeStartElement(tag);
@@ -17,13 +18,13 @@ void KVRGenericIdentification::write(XMLWriter& writer, const std::string& tag) 
 
 void KVRGenericIdentification::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (std::strcmp(e->name, "Id") == 0) {
+        if (named(e, "Id")) {
             identification = e->text;
-        } else if (std::strcmp(e->name, "Tp") == 0) {
+        } else if (named(e, "Tp")) {
             initiatingPartyType = KVREnumParser::stringToInitiatingPartyType(e->text);
-        } else if (std::strcmp(e->name, "Issr") == 0) {
+        } else if (named(e, "Issr")) {
             initiatingPartyIssuer = KVREnumParser::stringToInitiatingPartyIssuer(e->text);
-        } else if (std::strcmp(e->name, "ShrtNm") == 0) {
+        } else if (named(e, "ShrtNm")) {
             shortName = e->text;
         }
     }

@@ -1,10 +1,11 @@
 #include "Host/Messages/KVRHeader.h"
 
 #include "Host/KVREnumParser.h"
+#include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
 #include "Host/XMLWriter.h"
 
-#include <cstring>
+using KVRElementReading::named;
 
 void KVRHeader::write(XMLWriter& writer) const {
     writer.writeStartElement("Hdr");
@@ -20,21 +21,21 @@ void KVRHeader::write(XMLWriter& writer) const {
 
 void KVRHeader::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (std::strcmp(e->name, "MsgFctn") == 0) {
+        if (named(e, "MsgFctn")) {
             messageFunction = KVREnumParser::stringToMessageFunctionCode(e->text);
-        } else if (std::strcmp(e->name, "PrtcolVrsn") == 0) {
+        } else if (named(e, "PrtcolVrsn")) {
             protocolVersion = e->text;
-        } else if (std::strcmp(e->name, "XchgId") == 0) {
+        } else if (named(e, "XchgId")) {
             exchangeIdentification = e->text;
-        } else if (std::strcmp(e->name, "CreDtTm") == 0) {
+        } else if (named(e, "CreDtTm")) {
             creationDateTime = e->text;
-        } else if (std::strcmp(e->name, "InitgPty") == 0) {
+        } else if (named(e, "InitgPty")) {
             initiatingParty = std::make_shared<KVRGenericIdentification>();
             initiatingParty->read(e->firstChild);
-        } else if (std::strcmp(e->name, "RcptPty") == 0) {
+        } else if (named(e, "RcptPty")) {
             recipientParty = std::make_shared<KVRGenericIdentification>();
             recipientParty->read(e->firstChild);
-        } else if (std::strcmp(e->name, "Tracblt") == 0) {
+        } else if (named(e, "Tracblt")) {
             trace = std::make_shared<KVRTraceability>();
             trace->read(e->firstChild);
         }

@@ -1,9 +1,10 @@
 #include "Host/Messages/KVRHostAddress.h"
 
+#include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
 #include "Host/XMLWriter.h"
 
-#include <cstring>
+using KVRElementReading::named;
 
 void KVRHostAddress::write(XMLWriter& writer) const {
     writer.writeStartElement("");
@@ -18,17 +19,17 @@ void KVRHostAddress::write(XMLWriter& writer) const {
 
 void KVRHostAddress::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (std::strcmp(e->name, "PmryAdr") == 0) {
+        if (named(e, "PmryAdr")) {
             primaryAddress = e->text;
-        } else if (std::strcmp(e->name, "PmryPortNb") == 0) {
+        } else if (named(e, "PmryPortNb")) {
             // Recognised, deliberately not converted.
-        } else if (std::strcmp(e->name, "ScndryAdr") == 0) {
+        } else if (named(e, "ScndryAdr")) {
             secundaryAddress = e->text;
-        } else if (std::strcmp(e->name, "ScndryPortNb") == 0) {
+        } else if (named(e, "ScndryPortNb")) {
             // Recognised, deliberately not converted.
-        } else if (std::strcmp(e->name, "UsrNm") == 0) {
+        } else if (named(e, "UsrNm")) {
             userName = e->text;
-        } else if (std::strcmp(e->name, "AccsCd") == 0) {
+        } else if (named(e, "AccsCd")) {
             accesCode = e->text;
         }
     }

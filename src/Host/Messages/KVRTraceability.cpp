@@ -1,9 +1,10 @@
 #include "Host/Messages/KVRTraceability.h"
 
+#include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
 #include "Host/XMLWriter.h"
 
-#include <cstring>
+using KVRElementReading::named;
 
 void KVRTraceability::write(XMLWriter& writer) const {
     writer.writeStartElement("Tracblt");
@@ -15,12 +16,12 @@ void KVRTraceability::write(XMLWriter& writer) const {
 
 void KVRTraceability::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (std::strcmp(e->name, "RlayId") == 0) {
+        if (named(e, "RlayId")) {
             relayIdentification = std::make_shared<KVRGenericIdentification>();
             relayIdentification->read(e->firstChild);
-        } else if (std::strcmp(e->name, "TracDtTmIn") == 0) {
+        } else if (named(e, "TracDtTmIn")) {
             traceDateTimeIn = e->text;
-        } else if (std::strcmp(e->name, "TracDtTmOut") == 0) {
+        } else if (named(e, "TracDtTmOut")) {
             traceDateTimeOut = e->text;
         }
     }
