@@ -243,7 +243,8 @@ void KovraCli::showHelp() const {
         if (!next) throw KovraCommandError::usage("unknown command " + named.substr(6) + " (see kovra --help)");
         topic = next;
     }
-    std::cout << topic->help();
+    // As `COMMAND --help` prints it; App::help would show the help command's own.
+    std::cout << topic->get_formatter()->make_help(topic, named, CLI::AppFormatMode::Normal);
 }
 
 int KovraCli::run(int argc, char** argv) {
