@@ -66,7 +66,7 @@ std::string reais(const std::string& cents) {
 
 // A receipt of a sale we authorised must show the amount we authorised, in reais.
 void checkAmountAgainstLedger(SimState& state, const std::string& authorisationCode, const std::string& amount) {
-    std::vector<std::string> authorised = state.amountsWithAuthorisationCode(authorisationCode);
+    std::vector<std::string> authorised = state.approvedAmounts(authorisationCode);
     if (authorised.empty()) {
         return;
     }

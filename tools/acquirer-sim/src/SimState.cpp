@@ -126,11 +126,13 @@ json* SimState::findLocked(const std::string& receiptId, const std::string& init
     return nullptr;
 }
 
-std::vector<std::string> SimState::amountsWithAuthorisationCode(const std::string& authorisationCode) {
+std::vector<std::string> SimState::approvedAmounts(const std::string& authorisationCode) {
     std::lock_guard lock(mutex_);
     std::vector<std::string> amounts;
     for (const auto& [id, entry] : data_["authorisations"].items()) {
-        if (!authorisationCode.empty() && entry.value("authorisationCode", "") == authorisationCode) {
+        const std::string response = entry.value("response", "");
+        if (!authorisationCode.empty() && entry.value("authorisationCode", "") == authorisationCode &&
+            (response == "APPR" || response == "PART")) {
             amounts.push_back(withoutLeadingZeros(entry.value("amount", "")));
         }
     }

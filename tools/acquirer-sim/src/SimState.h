@@ -57,9 +57,9 @@ public:
                                const std::string& amount, const std::string& merchantId,
                                const std::string& reference);
 
-    // The amounts (integer cents) of the authorisations that gave this
-    // authorisation code; empty when none did.
-    std::vector<std::string> amountsWithAuthorisationCode(const std::string& authorisationCode);
+    // The amounts (integer cents) of the approved or partly approved
+    // authorisations that gave this authorisation code; empty when none did.
+    std::vector<std::string> approvedAmounts(const std::string& authorisationCode);
 
     // 1, 2, 3... across runs.
     int nextOutboxNumber();
