@@ -82,7 +82,7 @@ void KovraSettings::addOptions(CLI::App& app) {
                    "sets \"Kovra Pinpad Read Timeout\" (default: wait for the PIN pad)")
         ->check(secondsAboveZero())
         ->type_name("SECONDS");
-    app.add_flag("--json", json, "print the command's data as JSON on standard output");
+    app.add_flag("--json", json, "print the command's data, or its error, as JSON on standard output");
     app.add_flag("--verbose", verbose,
                  "turn the library's debug log on and print it, with the PIN pad traffic, on standard error "
                  "(otherwise the library logs to the system log, or to standard error with KOVRA_LOG=stderr)");
