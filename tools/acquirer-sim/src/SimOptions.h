@@ -8,7 +8,7 @@ namespace acqsim {
 // The command line:
 //   kovra-acquirer-sim --port N [--state DIR] [--merchants FILE] [--print-ca]
 //                      [--auth-delay SECONDS] [--reply-delay SECONDS]
-//                      [--advice-delay SECONDS] [--help]
+//                      [--advice-delay SECONDS] [--help] [--version]
 struct SimOptions {
     int port = -1;
     std::filesystem::path stateDirectory;

@@ -23,13 +23,14 @@ public:
     /// error.
     void apply() const;
     /// The library's log lines go to standard error with --verbose (or when
-    /// the dictionary turns the debug log on) and are dropped otherwise, so
-    /// that the tool's own output stays readable.
+    /// the dictionary turns the debug log on); otherwise where the library
+    /// sends them (the system log), so that the tool's own output stays
+    /// readable.
     void routeLogs() const { routeLogs(verbose); }
     static void routeLogs(bool verbose);
 
     /// Loads a property-list file into the information dictionary; the
-    /// library's reason when it cannot. Leaves the library's log on standard
-    /// error: route it again afterwards.
+    /// library's reason when it cannot. Leaves the library's log at its
+    /// default: route it again afterwards.
     static std::optional<std::string> loadInformationDictionary(const std::string& path);
 };
