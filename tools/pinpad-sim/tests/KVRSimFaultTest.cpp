@@ -39,21 +39,23 @@ TEST(KVRSimFaults, ReturnCodesAndDecisionsReplaceTheNormalReplies) {
     EXPECT_EQ(host.exchange("OPN000"), "OPN000") << "times 2 is spent";
 }
 
-TEST(KVRSimFaults, NotificationsComeFirstEachAfterItsOwnAck) {
+TEST(KVRSimFaults, NotificationsFollowTheOneAckInLatin1) {
     KVRSimTestDirectory logs;
     auto bench = KVRSimTestBench::withScenario(
-        R"({"faults": [{"command": "GCR", "ntm": ["INSIRA OU PASSE O CARTAO", "PROCESSANDO"]}]})",
+        R"({"faults": [{"command": "GCR", "ntm": ["SELECIONADO:    CREDITO         ", "INSIRA O CARTÃO"]}]})",
         {"--display-log", logs.file("display.log")});
     bench->loadTables();
     auto& host = bench->client();
     host.send(Wire::frame(R::gcr()));
+    // A real PIN pad: ACK, the notifications and the response, nothing in between.
     EXPECT_EQ(host.readByte(), Wire::kAck);
-    EXPECT_EQ(host.readFrame().raw, Wire::frame("NTM000024INSIRA OU PASSE O CARTAO"));
-    EXPECT_EQ(host.readByte(), Wire::kAck);
-    EXPECT_EQ(host.readFrame().raw, Wire::frame("NTM000011PROCESSANDO"));
-    EXPECT_EQ(host.readByte(), Wire::kAck);
+    EXPECT_EQ(Wire::hexDump(host.readFrame().raw),
+              "16 4E 54 4D 30 30 30 30 33 32 53 45 4C 45 43 49 4F 4E 41 44 4F 3A 20 20 20 20 43 52 45 44 49 54 4F 20 "
+              "20 20 20 20 20 20 20 20 17 FE DC ");
+    EXPECT_EQ(host.readFrame().raw, Wire::frame("NTM000015INSIRA O CART\xC3O"));
     EXPECT_EQ(host.readFrame().text.substr(0, 6), "GCR000");
-    EXPECT_EQ(logs.read("display.log"), "INSIRA OU PASSE |O CARTAO        \nPROCESSANDO     |                \n");
+    EXPECT_EQ(logs.read("display.log"),
+              "SELECIONADO:    |CREDITO         \nINSIRA O CARTÃO |                \n");
 }
 
 TEST(KVRSimFaults, SplitReplyArrivesInTheAskedPieces) {
