@@ -78,10 +78,11 @@ TEST(KVRSimFaults, SplitReplyArrivesInTheAskedPieces) {
     EXPECT_EQ(host.exchange("OPN000"), "OPN000") << "pieces of two bytes reassemble";
 }
 
-TEST(KVRSimFaults, DamagedFramesCarryTheDamageAsked) {
+TEST(KVRSimFaults, DamagedFramesCarryTheDamageAskedAndANakGetsThemIntact) {
     auto bench = KVRSimTestBench::withScenario(R"({"faults": [
         {"command": "OPN", "nth": 1, "stray_syn": 3},
-        {"command": "OPN", "nth": 2, "bad_crc": true}]})");
+        {"command": "OPN", "nth": 2, "bad_crc": true},
+        {"command": "GIN", "nak": true, "times": 1}]})");
     auto& host = bench->client();
     host.send(Wire::frame("OPN000"));
     EXPECT_EQ(host.readByte(), Wire::kAck);
@@ -92,6 +93,13 @@ TEST(KVRSimFaults, DamagedFramesCarryTheDamageAsked) {
     auto wrong = host.readFrame();
     EXPECT_EQ(wrong.text, "OPN000");
     EXPECT_FALSE(wrong.crcMatches);
+    host.send(std::string(1, Wire::kNak));
+    EXPECT_EQ(host.readFrame().raw, Wire::frame("OPN000")) << "the host's NAK gets the response again, intact";
+
+    host.send(Wire::frame("GIN00200"));
+    EXPECT_EQ(host.readByte(), Wire::kNak) << "the first copy is refused";
+    EXPECT_EQ(host.exchange("GIN00200").substr(0, 9), "GIN000100") << "the copy sent again is answered";
+    EXPECT_EQ(host.exchange("GIN00200").substr(0, 9), "GIN000100") << "times 1 is spent";
 }
 
 TEST(KVRSimFaults, SilenceSendsNothingOrOnlyTheAck) {
