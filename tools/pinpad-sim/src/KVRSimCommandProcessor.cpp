@@ -80,7 +80,7 @@ const std::map<std::string, KVRSimCommandProcessor::Handler>& KVRSimCommandProce
 }
 
 KVRSimOutcome KVRSimCommandProcessor::process(const std::string& text) {
-    masks_.clear();
+    panFields_.clear();
     auto outcome = processUnlogged(text);
     outcome.logged = loggableAfterParse(text);
     return outcome;
@@ -117,7 +117,7 @@ KVRSimOutcome KVRSimCommandProcessor::processUnlogged(const std::string& text) {
 }
 
 std::string KVRSimCommandProcessor::loggable(const std::string& text) {
-    masks_.clear();
+    panFields_.clear();
     return loggableAfterParse(text);
 }
 
@@ -126,17 +126,13 @@ std::string KVRSimCommandProcessor::loggableAfterParse(const std::string& text) 
         return text;
     }
     std::string logged = text;
-    if (masks_.empty() && carriesCardData(text.substr(0, 3))) {
+    if (panFields_.empty() && carriesCardData(text.substr(0, 3))) {
         // The card data could not be told from the rest, so none of it is shown.
         maskWhole(logged, 3, logged.size());
     }
-    for (const auto& mask : masks_) {
-        if (!mask.pan) {
-            maskWhole(logged, mask.offset, mask.offset + mask.width);
-            continue;
-        }
-        auto first = logged.find_first_not_of(' ', mask.offset);
-        auto end = logged.find_last_not_of(' ', mask.offset + mask.width - 1);
+    for (const auto& field : panFields_) {
+        auto first = logged.find_first_not_of(' ', field.offset);
+        auto end = logged.find_last_not_of(' ', field.offset + field.width - 1);
         if (first == std::string::npos || end == std::string::npos || first > end) continue;
         size_t digits = end + 1 - first;
         // A short number shows only its last four; a PAN its first six as well.
@@ -144,10 +140,6 @@ std::string KVRSimCommandProcessor::loggableAfterParse(const std::string& text) 
         maskWhole(logged, first + keepFirst, end + 1 - std::min<size_t>(4, digits));
     }
     return logged;
-}
-
-void KVRSimCommandProcessor::maskField(size_t offset, size_t width, bool pan) {
-    masks_.push_back({offset, width, pan});
 }
 
 void KVRSimCommandProcessor::kept(const std::string& what) const {
@@ -279,7 +271,7 @@ KVRSimOutcome KVRSimCommandProcessor::gpn(KVRSimFieldReader& request) {
         block.hex("wkenc", 32);
     }
     auto panLength = static_cast<size_t>(block.number("panLength", 2));
-    maskField(block.offset(), 19, true);
+    panFields_.push_back({block.offset(), 19});
     std::string message;
     if (!withKey) {
         // The library's own form: PAN right-aligned, its length and the entry count left at 0.
@@ -306,8 +298,8 @@ KVRSimOutcome KVRSimCommandProcessor::gpn(KVRSimFieldReader& request) {
             throw KVRSimLayoutError("GPN block: field entries must be at least 1");
         }
         for (long long entry = 0; entry < entries; ++entry) {
-            auto shown = pinEntry(block);
-            message = entry == 0 ? shown : message;
+            auto prompt = pinEntry(block);
+            if (entry == 0) message = prompt;  // the display shows the first entry's prompt
         }
     }
     block.expectEnd();
@@ -354,7 +346,7 @@ KVRSimOutcome KVRSimCommandProcessor::gcr(KVRSimFieldReader& request) {
         } else {
             auto count = block.number("application count", 2);
             for (long long i = 0; i < count; ++i) {
-                block.number("application reference", 4);
+                block.text("application reference", 4);
             }
         }
     }

@@ -80,8 +80,6 @@ private:
     /// A layout ABECS does not define but the library sends on purpose.
     void kept(const std::string& what) const;
     static void checkDateAndTime(const std::string& date, const std::string& time);
-    /// Card data in a request field: a PAN keeps its first six and last four digits.
-    void maskField(size_t offset, size_t width, bool pan);
 
     std::string gcrBody(const KVRSimCard& card, int applicationType, int acquirer) const;
     std::string emvData(const std::string& tagList, const std::string& amount, const std::string& cryptogramInformation);
@@ -95,12 +93,13 @@ private:
     KVRSimTableStore& tables_;
     KVRSimDisplay& display_;
     Settings settings_;
-    struct Mask {
+    /// Where the request being processed carries a PAN: the command log shows
+    /// only its first six and last four digits.
+    struct PanField {
         size_t offset;
         size_t width;
-        bool pan;
     };
-    std::vector<Mask> masks_;
+    std::vector<PanField> panFields_;
     /// The text of the request a "nak" rule refused last: its resent copy is answered.
     std::string refusedCopy_;
     std::optional<KVRSimCard> card_;
