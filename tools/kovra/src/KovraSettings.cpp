@@ -30,6 +30,11 @@ void KovraSettings::addOptions(CLI::App& app) {
                    "sets \"Kovra Pinpad Read Timeout\" (default: wait for the PIN pad)")
         ->check(CLI::PositiveNumber)
         ->type_name("SECONDS");
+    app.add_option("--pinpad-link", pinpadLink,
+                   "the link rules: abecs (acknowledgements, resends, byte stuffing; for real PIN pads) or spec "
+                   "(the default link); sets \"Kovra Pinpad Link\"")
+        ->check(CLI::IsMember({"abecs", "spec"}))
+        ->type_name("LINK");
     app.add_flag("--json", json, "print the command's data as JSON on standard output");
     app.add_flag("--verbose", verbose, "turn the library's debug log on (on standard error)");
 }
@@ -54,6 +59,7 @@ void KovraSettings::apply() const {
     if (!dataDirectory.empty()) KVRDirectories::setDataDirectory(dataDirectory);
     if (!pinpad.empty()) KVRApplicationInfo::setValue("Kovra Pinpad", pinpad);
     if (readTimeout) KVRApplicationInfo::setValue("Kovra Pinpad Read Timeout", *readTimeout);
+    if (!pinpadLink.empty()) KVRApplicationInfo::setValue("Kovra Pinpad Link", pinpadLink);
     if (verbose) KVRApplicationInfo::setValue("Kovra Debugginho Developer", true);
     routeLogs();
 }
