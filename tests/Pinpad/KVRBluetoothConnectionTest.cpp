@@ -153,10 +153,10 @@ TEST_F(KVRBluetoothConnectionTest, RequestsGoOutAsFrames) {
 // The byte order of a real PIN pad (one ACK, notifications, the reply),
 // with a stale reply of another command ahead of them, on both links.
 TEST_F(KVRBluetoothConnectionTest, NotificationsAndStaleRepliesAreSetAsideUntilTheReply) {
-    KVRScriptedPinpadOptions spec, abecs;
-    spec.acknowledgeOnce = true;
+    KVRScriptedPinpadOptions plain, abecs;
+    plain.acknowledgeOnce = true;
     abecs.abecs = true;
-    for (const auto& options : {spec, abecs}) {
+    for (const auto& options : {plain, abecs}) {
         SCOPED_TRACE(options.abecs ? "abecs" : "default link");
         KVRBluetoothConnection::resetSharedController();
         KVRApplicationInfo::setValue("Kovra Pinpad Link", options.abecs ? "abecs" : "spec");
