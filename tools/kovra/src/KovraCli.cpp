@@ -8,6 +8,7 @@
 
 #include <kovra/KVRException.h>
 #include <kovra/KVRJournalProvider.h>
+#include <kovra/KVRPinPadConnectionProvider.h>
 #include <kovra/KVRStoreProvider.h>
 
 #include <algorithm>
@@ -151,7 +152,10 @@ void KovraCli::defineSaleCommands() {
 }
 
 void KovraCli::runPayment(const std::function<void()>& payment) {
-    KovraInterrupts::DrainGuard guard(interrupts_, {{}, [] { return KVRJournalProvider::isExchangeInFlight(); }});
+    // Ctrl-C first stops the wait for the cardholder: the PIN pad command in
+    // flight ends as cancelled, and the journal settles what reached the acquirer.
+    KovraInterrupts::DrainGuard guard(interrupts_, {[] { KVRPinPadConnectionProvider::abortCurrentCommand(); },
+                                                    [] { return KVRJournalProvider::isExchangeInFlight(); }});
     payment();
 }
 

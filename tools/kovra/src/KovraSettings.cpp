@@ -78,10 +78,15 @@ void KovraSettings::addOptions(CLI::App& app) {
         ->check(pinpadDevices())
         ->type_name("DEVICE");
     app.add_option("--read-timeout", readTimeout,
-                   "give up on a PIN pad that stays silent this many seconds while a reply is awaited; "
+                   "give up on a PIN pad whose reply has not arrived this many seconds after the command; "
                    "sets \"Kovra Pinpad Read Timeout\" (default: wait for the PIN pad)")
         ->check(secondsAboveZero())
         ->type_name("SECONDS");
+    app.add_option("--pinpad-link", pinpadLink,
+                   "the link rules: abecs (acknowledgements, resends, byte stuffing; for real PIN pads) or spec "
+                   "(the default link); sets \"Kovra Pinpad Link\"")
+        ->check(CLI::IsMember({"abecs", "spec"}))
+        ->type_name("LINK");
     app.add_flag("--json", json, "print the command's data, or its error, as JSON on standard output");
     app.add_flag("--verbose", verbose,
                  "turn the library's debug log on and print it, with the PIN pad traffic, on standard error "
@@ -108,6 +113,7 @@ void KovraSettings::apply() const {
     if (!dataDirectory.empty()) KVRDirectories::setDataDirectory(dataDirectory);
     if (!pinpad.empty()) KVRApplicationInfo::setValue("Kovra Pinpad", pinpad);
     if (readTimeout) KVRApplicationInfo::setValue("Kovra Pinpad Read Timeout", *readTimeout);
+    if (!pinpadLink.empty()) KVRApplicationInfo::setValue("Kovra Pinpad Link", pinpadLink);
     if (verbose) KVRApplicationInfo::setValue("Kovra Debugginho Developer", true);
     routeLogs();
 }

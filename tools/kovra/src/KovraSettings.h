@@ -14,6 +14,7 @@ public:
     std::string dataDirectory;  // --data-dir, KOVRA_DATA_DIR
     std::string pinpad;         // --pinpad
     std::optional<double> readTimeout;
+    std::string pinpadLink;     // --pinpad-link
     bool json = false;
     bool verbose = false;
 

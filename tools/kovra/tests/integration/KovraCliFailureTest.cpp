@@ -129,7 +129,9 @@ TEST_F(KovraCliSilentPinpadTest, ReadTimeOutEndsTheCommand) {
 
 // Interrupted while the card has yet to hear the approval: the tool waits
 // until the journal has settled the sale (here the PIN pad's silence makes it
-// a reversal) and then leaves with 130; nothing is left approved or owed.
+// a reversal) and then leaves with 130; nothing is left approved or owed. The
+// interrupt aborts the PIN pad command, so the card ends as one that did not
+// take the approval: declined, and the approval reversed.
 TEST(KovraCliInterruptTest, AnInterruptedSaleLeavesNothingApprovedOrOwed) {
     KovraEmulatorBench::Options options;
     options.pinpadFaults = {{{"command", "FNC"}, {"silence", true}}};
@@ -150,7 +152,7 @@ TEST(KovraCliInterruptTest, AnInterruptedSaleLeavesNothingApprovedOrOwed) {
         EXPECT_EQ(result.exitCode, 130) << result.err;
         auto last = nlohmann::json::parse(bench.run({"--json", "last"}).out);
         EXPECT_EQ(last["state"], "reversed") << last.dump(2);
-        EXPECT_EQ(last["transaction"]["status"], 5) << last.dump(2);
+        EXPECT_EQ(last["transaction"]["status"], 1) << last.dump(2);
         EXPECT_EQ(bench.run({"pending"}).out, "nothing is owed to the acquirer\n");
     }
 }
