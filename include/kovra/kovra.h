@@ -166,8 +166,8 @@ KOVRA_C_API int kovra_deactivate(const char* kovra_code);
 KOVRA_C_API int kovra_download_tables(void);
 KOVRA_C_API void kovra_download_tables_async(kovra_completion callback, void* user);
 /* Loads the stored tables into the PIN pad. progress (may be NULL) runs on
- * the PIN pad worker thread after each record; the callback on the main
- * queue. */
+ * the PIN pad worker thread after each record, with the same user pointer as
+ * the callback; the callback runs on the main queue. */
 KOVRA_C_API int kovra_load_tables(kovra_progress progress, void* user);
 KOVRA_C_API void kovra_load_tables_async(kovra_progress progress, kovra_completion callback, void* user);
 

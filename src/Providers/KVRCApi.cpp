@@ -327,18 +327,21 @@ int kovra_download_tables(void) {
     return blocking([](kovra_completion c, void* u) { kovra_download_tables_async(c, u); });
 }
 
-void kovra_load_tables_async(kovra_progress progress, kovra_completion callback, void* user) {
+namespace {
+// The blocking variant waits with a user pointer of its own, so progress and
+// completion take separate ones here.
+void loadTables(kovra_progress progress, void* progressUser, kovra_completion callback, void* user) {
     startGuarded(callback, user, [&] {
         auto& center = KVRNotificationCenter::defaultCenter();
         auto token = std::make_shared<std::optional<KVRNotificationCenter::Token>>();
         if (progress) {
             // The loader posts "loaded/total" after each record, on the PIN pad worker.
             *token = center.addObserver(KVRTmsController::kTableLoadProgressNotification,
-                                        [progress, user](const KVRNotification& note) {
+                                        [progress, progressUser](const KVRNotification& note) {
                                             const auto* text = std::any_cast<std::string>(&note.object);
                                             int loaded = 0, total = 0;
                                             if (text && std::sscanf(text->c_str(), "%d/%d", &loaded, &total) == 2)
-                                                progress(user, loaded, total);
+                                                progress(progressUser, loaded, total);
                                         });
         }
         auto report = completionFor(callback, user);
@@ -348,8 +351,13 @@ void kovra_load_tables_async(kovra_progress progress, kovra_completion callback,
         });
     });
 }
+}  // namespace
+
+void kovra_load_tables_async(kovra_progress progress, kovra_completion callback, void* user) {
+    loadTables(progress, user, callback, user);
+}
 int kovra_load_tables(kovra_progress progress, void* user) {
-    return blocking([&](kovra_completion c, void* u) { kovra_load_tables_async(progress, c, u); });
+    return blocking([&](kovra_completion c, void* u) { loadTables(progress, user, c, u); });
 }
 
 void kovra_sale_async(long long amount, int type, int instalments, kovra_sale_completion callback, void* user) {
