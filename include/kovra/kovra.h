@@ -72,7 +72,8 @@ typedef struct kovra_error {
     const char* message;
 } kovra_error;
 
-/* A stored sale. Released with kovra_transaction_release(). */
+/* A stored sale. Released with kovra_transaction_release(); one thread at a
+ * time may use a handle. */
 typedef struct kovra_transaction kovra_transaction;
 
 /* A sale's result record. The strings belong to the transaction handle it was
@@ -110,8 +111,10 @@ typedef void (*kovra_executor)(void* user, void (*task)(void* argument), void* a
 
 /* "0.1.0"; static storage. */
 KOVRA_C_API const char* kovra_version(void);
-/* The last failed call's error on this thread (domain, code, text), or NULL
- * when the last call succeeded. Valid until the next call on this thread. */
+/* The error (domain, code, text) of the last call on this thread that can
+ * fail (every int-returning call, kovra_transaction_json), or NULL when it
+ * succeeded. Valid until the next call on
+ * this thread. */
 KOVRA_C_API const kovra_error* kovra_last_error(void);
 /* The text of the last error on this thread when it has this code, else the
  * catalogue's text for the code, else "Unknown error." Static or thread-local
