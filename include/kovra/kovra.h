@@ -151,6 +151,11 @@ KOVRA_C_API char* kovra_library_directory(void);
  * the calling thread before the call returns. */
 KOVRA_C_API int kovra_connect(void);
 KOVRA_C_API void kovra_connect_async(kovra_completion callback, void* user);
+/* From any thread: aborts the PIN pad command in flight (a card read or a PIN
+ * entry waiting for the cardholder). The operation running it ends as if the
+ * cardholder had pressed cancel: a sale fails with 214 and leaves no record.
+ * KOVRA_ERROR_NOT_FOUND when no command was in flight. */
+KOVRA_C_API int kovra_abort(void);
 
 /* ---- Merchant --------------------------------------------------------- */
 

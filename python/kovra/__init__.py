@@ -23,7 +23,7 @@ from typing import Any, Callable, Optional, Union
 __all__ = [
     "CREDIT", "DEBIT", "RECEIPT_SALE", "RECEIPT_CANCELLATION", "KovraError", "Transaction", "JournalEntry",
     "version", "load_config", "set_config", "remove_config", "clear_config", "set_data_directory",
-    "set_documents_directory", "set_library_directory", "connect", "connect_async", "enrol", "enrol_async",
+    "set_documents_directory", "set_library_directory", "connect", "connect_async", "abort", "enrol", "enrol_async",
     "deactivate", "download_tables", "download_tables_async", "load_tables", "load_tables_async", "sale",
     "sale_async", "cancel", "cancel_async", "find_transaction", "transactions", "last_transaction",
     "pending_reversals", "send_receipt", "send_receipt_async", "send_feedback", "send_feedback_async",
@@ -108,6 +108,7 @@ _declare("kovra_config_clear", None)
 for _name in ("kovra_set_data_directory", "kovra_set_documents_directory", "kovra_set_library_directory"):
     _declare(_name, _int, _text)
 _declare("kovra_connect_async", None, _COMPLETION, _ptr)
+_declare("kovra_abort", _int)
 _declare("kovra_enrol_async", None, _text, _COMPLETION, _ptr)
 _declare("kovra_deactivate", _int, _text)
 _declare("kovra_download_tables_async", None, _COMPLETION, _ptr)
@@ -321,6 +322,16 @@ def connect_async(callback: Callback) -> None:
 
 def connect() -> None:
     _wait(connect_async)
+
+
+def abort() -> bool:
+    """From any thread: ends the PIN pad command in flight as if the cardholder
+    had pressed cancel (a sale then fails with code 214). False when none was."""
+    code = _lib.kovra_abort()
+    if code == 902:
+        return False
+    _check(code)
+    return True
 
 
 def enrol_async(kovra_code: str, callback: Callback) -> None:

@@ -299,6 +299,13 @@ void kovra_connect_async(kovra_completion callback, void* user) {
 }
 int kovra_connect(void) { return blocking([](kovra_completion c, void* u) { kovra_connect_async(c, u); }); }
 
+int kovra_abort(void) {
+    return guarded([] {
+        if (KVRPinPadConnectionProvider::abortCurrentCommand()) return KOVRA_OK;
+        return remember(ownError(KOVRA_ERROR_NOT_FOUND, "No PIN pad command is in flight."));
+    });
+}
+
 void kovra_enrol_async(const char* kovra_code, kovra_completion callback, void* user) {
     if (!kovra_code) return call(callback, user, ownError(KOVRA_ERROR_ARGUMENT, "no KovraCode"));
     startGuarded(callback, user, [&] {

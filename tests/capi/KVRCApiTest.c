@@ -1,13 +1,16 @@
 /* The C interface from a C program, against the two emulators: a merchant's
- * day (enrol, tables, sales, a PIN pad cancel, a cancellation, the lists) as
- * an application written in C would run it. Run by kovra_emulators.py, which
- * starts the emulators with the third card read answered "cancelled by user". */
+ * day (enrol, tables, sales, an abort, a cancellation, the lists) as an
+ * application written in C would run it. Run by kovra_emulators.py, which
+ * starts the emulators with the third card read held for ten seconds. */
+#define _POSIX_C_SOURCE 200809L
+
 #include <kovra/kovra.h>
 
 #include <pthread.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <time.h>
 
 static int failures = 0;
 
@@ -62,15 +65,29 @@ static void on_sale(void* user, int code, const kovra_error* error, kovra_transa
     pthread_mutex_unlock(&w->mutex);
 }
 
+static void sale_wait_init(struct sale_wait* w) {
+    memset(w, 0, sizeof *w);
+    pthread_mutex_init(&w->mutex, NULL);
+    pthread_cond_init(&w->done, NULL);
+    w->caller = pthread_self();
+}
+
+static int sale_wait_end(struct sale_wait* w, kovra_transaction** record, int* on_caller) {
+    pthread_mutex_lock(&w->mutex);
+    while (!w->finished) pthread_cond_wait(&w->done, &w->mutex);
+    pthread_mutex_unlock(&w->mutex);
+    pthread_mutex_destroy(&w->mutex);
+    pthread_cond_destroy(&w->done);
+    *record = w->record;
+    *on_caller = w->on_caller;
+    return w->code;
+}
+
 static int sale_by_callback(long long amount, kovra_transaction** record, int* on_caller) {
-    struct sale_wait w = {PTHREAD_MUTEX_INITIALIZER, PTHREAD_COND_INITIALIZER, 0, 0, pthread_self(), 0, NULL};
+    struct sale_wait w;
+    sale_wait_init(&w);
     kovra_sale_async(amount, KOVRA_CREDIT, 0, on_sale, &w);
-    pthread_mutex_lock(&w.mutex);
-    while (!w.finished) pthread_cond_wait(&w.done, &w.mutex);
-    pthread_mutex_unlock(&w.mutex);
-    *record = w.record;
-    *on_caller = w.on_caller;
-    return w.code;
+    return sale_wait_end(&w, record, on_caller);
 }
 
 int main(void) {
@@ -126,10 +143,17 @@ int main(void) {
         CHECK(fields.status == 1 && fields.type == KOVRA_DEBIT);
     }
 
-    /* Cancelled on the PIN pad: no record. */
-    kovra_transaction* cancelled = NULL;
-    expect_code(kovra_sale(1500, KOVRA_CREDIT, 0, &cancelled), 214, "sale cancelled on the PIN pad");
-    CHECK(cancelled == NULL);
+    /* Aborted from another thread while the card read waits: no record. */
+    expect_code(kovra_abort(), KOVRA_ERROR_NOT_FOUND, "abort with nothing in flight");
+    struct sale_wait aborted_sale;
+    sale_wait_init(&aborted_sale);
+    kovra_sale_async(1500, KOVRA_CREDIT, 0, on_sale, &aborted_sale);
+    struct timespec pause = {3, 0}; /* the card read is held for 10 s */
+    nanosleep(&pause, NULL);
+    expect_code(kovra_abort(), KOVRA_OK, "abort");
+    kovra_transaction* aborted = NULL;
+    expect_code(sale_wait_end(&aborted_sale, &aborted, &on_caller), 214, "aborted sale");
+    CHECK(aborted == NULL);
 
     /* The approved sale cancelled at the acquirer, found again by its reference. */
     kovra_transaction* found = NULL;

@@ -2,8 +2,8 @@ import pytest
 
 from kovra_emulators import Emulators
 
-# The third card read is answered "cancelled by user" (the third sale of test_merchant_day).
-FAULTS = [{"command": "GCR", "nth": 3, "status": 13}]
+# The third card read is held for ten seconds, for test_merchant_day to abort it.
+FAULTS = [{"command": "GCR", "nth": 3, "delay_ms": 10000}]
 
 
 @pytest.fixture(scope="session")

@@ -1,5 +1,6 @@
 import re
 import threading
+import time
 
 import pytest
 
@@ -48,9 +49,14 @@ def test_merchant_day(kovra, emulators):
     with pytest.raises(kovra.KovraError) as declined:
         kovra.sale(1551, kovra.DEBIT)
     assert declined.value.code == 211 and declined.value.transaction.status == 1
-    with pytest.raises(kovra.KovraError) as cancelled_on_pinpad:
-        kovra.sale(1500)
-    assert cancelled_on_pinpad.value.code == 214 and cancelled_on_pinpad.value.transaction is None
+    assert kovra.abort() is False
+    done = threading.Event()
+    outcome = []
+    kovra.sale_async(1500, lambda error, record: (outcome.extend((error, record)), done.set()))
+    time.sleep(3)  # the card read is held for 10 s
+    assert kovra.abort() is True
+    assert done.wait(30)
+    assert outcome[0].code == 214 and outcome[1] is None
 
     assert kovra.cancel(approved).status == 5
     assert [(t.reference, t.status) for t in kovra.transactions()] == [
