@@ -34,7 +34,7 @@ inline bool named(const TBXMLElement* element, const char (&tag)[N]) {
         for (size_t i = 0; i < N; i += sizeof(uint64_t)) {
             const size_t bytes = N - i < sizeof(uint64_t) ? N - i : sizeof(uint64_t);
             uint64_t want = 0;
-            for (size_t j = 0; j < bytes; ++j) want |= uint64_t{static_cast<unsigned char>(tag[i + j])} << (8 * j);
+            std::memcpy(&want, tag + i, bytes);
             const uint64_t mask = bytes == sizeof(uint64_t) ? ~uint64_t{0} : (uint64_t{1} << (8 * bytes)) - 1;
             uint64_t have;
             std::memcpy(&have, name + i, sizeof have);
