@@ -6,8 +6,8 @@
 
 namespace {
 
-// An authorisation response needs about 2 KiB of objects; a configuration
-// update a little more, in a second block.
+// The objects of an authorisation response take under 2 KiB; a bigger reply
+// takes further blocks, each twice the size of the one before.
 constexpr size_t kFirstBlock = 4096;
 constexpr size_t kLargestBlock = size_t{1} << 16;
 
