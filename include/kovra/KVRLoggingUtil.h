@@ -1,12 +1,14 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
+
 #include <functional>
 #include <string>
 
 /// Library logging. Debug lines are printed only when the information
 /// dictionary's "Kovra Debugginho Developer" is true; console lines always.
 /// Both go to one sink, standard error unless the application replaces it.
-class KVRLoggingUtil {
+class KOVRA_API KVRLoggingUtil {
 public:
     using Sink = std::function<void(const std::string& line)>;
 
