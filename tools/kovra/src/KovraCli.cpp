@@ -3,6 +3,7 @@
 #include "KovraCommandError.h"
 #include "KovraCommands.h"
 #include "KovraDemo.h"
+#include "KovraInfoTemplate.h"
 #include "KovraInterrupts.h"
 #include "KovraOutput.h"
 
@@ -72,6 +73,13 @@ void KovraCli::defineCommands() {
 
     version_ = addCommand(app_, "version", "print the library's version",
                           [](KovraOutput& out) { KovraCommands(out).version(); });
+    auto* config = addCommand(app_, "config", "the information dictionary", {});
+    config->require_subcommand(1);
+    configInit_ = addCommand(*config, "init",
+                             "write a template of the information dictionary, every key with comments, to FILE "
+                             "(which must not exist) or to standard output",
+                             [this](KovraOutput& out) { writeInfoTemplate(arguments_.file, out); });
+    configInit_->add_option("FILE", arguments_.file, "where to write it")->type_name("FILE");
     defineDemo();
 }
 
@@ -226,7 +234,7 @@ int KovraCli::execute(CLI::App* command) {
     try {
         if (command == demo_) {
             settings_.routeLogs();
-        } else if (command != version_) {
+        } else if (command != version_ && command != configInit_) {
             settings_.apply();
             checkStore(command, output);
         }

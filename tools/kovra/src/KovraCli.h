@@ -32,6 +32,7 @@ private:
         std::string text;
         std::string reference;
         std::string destination;
+        std::string file;
         KovraSession::SaleRequest sale;
         bool credit = false;
         bool debit = false;
@@ -66,6 +67,7 @@ private:
     void runPayment(const std::function<void()>& payment);
 
     CLI::App* version_ = nullptr;
+    CLI::App* configInit_ = nullptr;
     CLI::App* demo_ = nullptr;
     std::set<CLI::App*> historyCommands_;
 };
