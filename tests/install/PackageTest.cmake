@@ -96,7 +96,7 @@ if(NOT EXISTS ${includedir}/kovra/Kovra.h OR NOT EXISTS ${linkdir}/libkovra.so)
 endif()
 separate_arguments(cflags UNIX_COMMAND "${cflags}")
 separate_arguments(libs UNIX_COMMAND "${libs}")
-foreach(example sale enrolment cancellation)
+foreach(example sale enrolment cancellation abort)
   run(COMMAND c++ -std=c++17 ${cflags} ${SOURCE_DIR}/examples/${example}.cpp ${libs}
               -o ${WORK_DIR}/pkg-config-${example})
 endforeach()

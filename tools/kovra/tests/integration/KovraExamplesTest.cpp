@@ -64,6 +64,18 @@ TEST(KovraExamplesTest, SaleEnrolmentAndCancellationWithItsReceipt) {
     EXPECT_EQ(runExample(bench, "cancellation", {"NO-SUCH-REFERENCE"}).exitCode, 1);
 }
 
+// The card read is held for ten seconds; the cashier cancels after two.
+TEST(KovraExamplesTest, ASaleAbortedFromAnotherThreadEndsCancelledWithNothingSent) {
+    KovraEmulatorBench::Options options;
+    options.pinpadFaults = {{{"command", "GCR"}, {"nth", 1}, {"delay_ms", 10000}}};
+    KovraEmulatorBench bench(options);
+    ASSERT_EQ(runExample(bench, "enrolment").exitCode, 0);
+    auto aborted = runExample(bench, "abort", {"2"});
+    EXPECT_EQ(aborted.exitCode, 0) << aborted.out << aborted.err;
+    EXPECT_EQ(aborted.out, "cashier pressed Cancel: the PIN pad stopped\nsale cancelled at the PIN pad\n");
+    EXPECT_TRUE(nlohmann::json::parse(bench.run({"--json", "list"}).out).empty());
+}
+
 }  // namespace
 
 #endif
