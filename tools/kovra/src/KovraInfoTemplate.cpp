@@ -17,8 +17,9 @@ void writeInfoTemplate(const std::string& file, KovraOutput& output) {
     }
     int fd = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
     if (fd < 0) {
-        throw KovraCommandError::failure(errno == EEXIST ? file + " exists; it is left as it is"
-                                                         : "cannot create " + file + ": " + std::strerror(errno));
+        // An existing file is the caller's to move, not a fault of the machine.
+        if (errno == EEXIST) throw KovraCommandError::usage(file + " exists; it is left as it is");
+        throw KovraCommandError::failure("cannot create " + file + ": " + std::strerror(errno));
     }
     bool written = ::write(fd, kKovraInfoTemplate, size) == static_cast<ssize_t>(size);
     int error = errno;

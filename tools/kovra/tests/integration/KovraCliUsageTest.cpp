@@ -161,13 +161,13 @@ TEST(KovraCliConfigTest, InitWritesTheCommentedTemplateOnceAndTheLibraryReadsIt)
     EXPECT_EQ(runKovra({"config", "init"}).out, text);
 
     ASSERT_TRUE(KVRApplicationInfo::loadFromPlistFile(file));
-    EXPECT_EQ(KVRApplicationInfo::stringForKey("Kovra Pinpad Link"), "spec");
+    EXPECT_EQ(KVRApplicationInfo::stringForKey("Kovra Pinpad Link"), "abecs");
     EXPECT_EQ(KVRApplicationInfo::stringForKey("Kovra Pinned Public Keys"), std::nullopt) << "left in a comment";
     KVRApplicationInfo::clear();
 
     std::ofstream(file, std::ios::app) << "<!-- edited -->\n";
     auto again = runKovra({"config", "init", file});
-    EXPECT_EQ(again.exitCode, 1);
+    EXPECT_EQ(again.exitCode, 2);
     EXPECT_EQ(again.err, "kovra: " + file + " exists; it is left as it is\n");
     EXPECT_EQ(contents(file), text + "<!-- edited -->\n");
 }
