@@ -6,7 +6,7 @@
 #include <kovra/KVRNotificationCenter.h>
 
 #include "Pinpad/Commands/KVRBaseCommandRequest.h"
-#include "Pinpad/KVRCardDataMasker.h"
+#include "Utils/KVRCardDataMasking.h"
 #include "Utils/KVRStringUtil.h"
 
 #include <algorithm>
@@ -50,8 +50,7 @@ std::shared_ptr<KVRBluetoothConnection>& sharedInstance() {
 }
 
 std::string forLog(const std::string& text, bool request) {
-    if (KVRLoggingUtil::logsCardData()) return text;
-    return request ? KVRCardDataMasker::maskRequest(text) : KVRCardDataMasker::maskResponse(text);
+    return request ? KVRCardDataMasking::pinpadRequestForLog(text) : KVRCardDataMasking::pinpadReplyForLog(text);
 }
 
 }  // namespace
