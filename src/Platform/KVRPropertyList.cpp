@@ -33,11 +33,10 @@ std::optional<KVRPropertyValue> scalar(plist_t node) {
             return KVRPropertyValue(d);
         }
         case PLIST_STRING: {
-            char* s = nullptr;
-            plist_get_string_val(node, &s);
-            std::string text = s ? s : "";
-            std::free(s);
-            return KVRPropertyValue(text);
+            // The pointer getter: plist_get_string_val asserts (aborts) on a NUL inside the string.
+            uint64_t length = 0;
+            const char* text = plist_get_string_ptr(node, &length);
+            return KVRPropertyValue(text ? std::string(text, length) : std::string());
         }
         default:
             return std::nullopt;
@@ -53,6 +52,10 @@ void fail(std::string* why, const std::string& reason) {
 std::optional<KVRPropertyDictionary> KVRPropertyList::parseDictionary(const std::string& bytes, std::string* why) {
     if (bytes.empty()) return fail(why, "empty file"), std::nullopt;
     if (bytes.size() > 16u * 1024 * 1024) return fail(why, "file larger than 16 MiB"), std::nullopt;
+    // libplist keeps a NUL of an XML text inside the string it reads and later
+    // aborts on it; XML allows no NUL at all, so such a text is refused here.
+    bool binary = bytes.compare(0, 6, "bplist") == 0;
+    if (!binary && bytes.find('\0') != std::string::npos) return fail(why, "NUL byte in an XML property list"), std::nullopt;
     plist_t raw = nullptr;
     plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &raw);
     PlistPtr root(raw);
@@ -67,7 +70,15 @@ std::optional<KVRPropertyDictionary> KVRPropertyList::parseDictionary(const std:
         plist_t value = nullptr;
         plist_dict_next_item(raw, it, &key, &value);
         if (!key) break;
-        if (auto v = scalar(value)) dictionary[key] = *v;
+        std::optional<KVRPropertyValue> v = scalar(value);
+        auto* text = v ? std::get_if<std::string>(&*v) : nullptr;
+        if (text && text->find('\0') != std::string::npos) {
+            std::string name = key;
+            std::free(key);
+            std::free(it);
+            return fail(why, "NUL byte inside the string of " + name), std::nullopt;
+        }
+        if (v) dictionary[key] = *v;
         std::free(key);
     }
     std::free(it);
