@@ -157,6 +157,9 @@ std::map<std::string, std::string> readTlv(const std::string& text) {
         }
         size_t valueLength = static_cast<size_t>(*length) * 2;
         if (text.size() - at < valueLength) break;
+        bool hex = true;
+        for (size_t i = 0; i < valueLength && hex; i += 2) hex = hexByte(text, at + i).has_value();
+        if (!hex) break;
         elements[tag] = KVRStringUtil::toUpper(text.substr(at, valueLength));
         at += valueLength;
     }
