@@ -82,8 +82,12 @@ const Element* cardElement(std::string_view qualifiedName) {
 }  // namespace
 
 std::string KVRCardDataMasking::maskWhole(std::string_view value) {
+    // Spaces inside the value (a cardholder name's) would show its shape.
+    size_t first = value.find_first_not_of(' ');
+    if (first == std::string_view::npos) return std::string(value);
+    size_t last = value.find_last_not_of(' ');
     std::string out(value);
-    std::replace_if(out.begin(), out.end(), [](char c) { return c != ' '; }, '*');
+    std::fill(out.begin() + static_cast<std::ptrdiff_t>(first), out.begin() + static_cast<std::ptrdiff_t>(last + 1), '*');
     return out;
 }
 

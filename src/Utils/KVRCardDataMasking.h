@@ -30,7 +30,7 @@ public:
     /// First six and last four digits stay; the rest of the value (but its
     /// spaces) becomes '*'. Values of ten characters or fewer are masked whole.
     static std::string maskPan(std::string_view pan);
-    /// Everything but spaces becomes '*'.
+    /// Everything but the spaces that pad the value becomes '*'.
     static std::string maskWhole(std::string_view value);
 
     static std::string pinpadRequestForLog(std::string_view text);

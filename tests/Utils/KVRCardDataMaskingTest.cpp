@@ -36,7 +36,7 @@ std::vector<Case> cases() {
     const std::string gpnRequest = "GPN045" "3" "16" "00" "   4761739001010010" "04" "12" "000";
     return {
         {"card read", KVRCardDataMasking::maskPinpadReply, KVRPinpadReplies::gcrReply(0, card),
-         {"4761739001010010", "28122011234567890123", "MARIA", "SILVA"}, {"GCR000", "476173******0010", "VISA CREDITO"}},
+         {"4761739001010010", "28122011234567890123", "MARIA", "SILVA", "* *"}, {"GCR000", "476173******0010", "VISA CREDITO"}},
         {"chip processing", KVRCardDataMasking::maskPinpadReply, KVRPinpadReplies::gocReply(0, 2, pinBlock, keySerial, emv),
          {pinBlock, "9876543210E"}, {"GOC000", emv}},
         {"PIN entry", KVRCardDataMasking::maskPinpadReply, KVRPinpadReplies::gpnReply(0, pinBlock, keySerial),
