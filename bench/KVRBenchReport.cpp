@@ -201,6 +201,8 @@ public:
         add(flowTime("BM_Flow_Sale/1000", "Sale", "chip sale, 1 000 past sales in the store", 1, 1e6));
         add(providerSale());
         add(flowAgainstWire("BM_Flow_Sale/0", "Sale", "chip sale: library / wire time", 0.02));
+        add(saleOnTheLine(false));
+        add(saleOnTheLine(true));
         add(flowTime("BM_Flow_TableLoad", "Table load", "table load, library time per record", 0, std::nullopt));
         add(flowAgainstWire("BM_Flow_TableLoad", "Table load", "table load: library / wire time", std::nullopt));
 
@@ -386,6 +388,22 @@ private:
         if (!m) return notAvailable(area, measure);
         Row row{area, measure, duration(m->realNs), "cpu of all threads " + duration(m->cpuNs), "", "", std::nullopt};
         row.numbers = {{"real_ns", m->realNs}, {"process_cpu_ns", m->cpuNs}};
+        return row;
+    }
+
+    // Library and wire time of a chip sale on a simulated 19 200 bit/s line,
+    // with the pacing of each link (write pause, or ACK).
+    Row saleOnTheLine(bool abecs) const {
+        std::string area = "Sale";
+        std::string measure = std::string("chip sale on a 19 200 bit/s line, ") +
+                              (abecs ? "ABECS link" : "default link") + " (wall)";
+        auto* m = results_.find(std::string("BM_Flow_SaleOnTheLine/abecs:") + (abecs ? "1" : "0") +
+                                "/iterations:3/real_time");
+        if (!m) return notAvailable(area, measure);
+        double wireNs = wireSeconds(m->counter("wire_bytes")) * 1e9;
+        Row row{area, measure, duration(m->realNs), duration(wireNs) + " on the line",
+                fmt("%.2fx", m->realNs / wireNs), "", std::nullopt};
+        row.numbers = {{"real_ns", m->realNs}, {"wire_ns", wireNs}, {"pinpad_commands", m->counter("pinpad_commands")}};
         return row;
     }
 

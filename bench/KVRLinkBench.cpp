@@ -69,8 +69,9 @@ std::string cardReadRequestText() {
     return text;
 }
 
-// 10 000 card reads: each request framed and written, each reply (queued
-// beforehand by the PIN pad) read back byte by byte and cut from its frame.
+// 10 000 card reads: each request framed and written, each reply (sent by
+// the PIN pad's thread as the request arrives) read back byte by byte and cut
+// from its frame.
 void BM_FrameExchange(benchmark::State& state) {
     KVRBenchPinpad pinpad;
     if (!pinpad.connectSharedLink()) {
@@ -80,14 +81,10 @@ void BM_FrameExchange(benchmark::State& state) {
     auto link = KVRBluetoothConnection::sharedController();
     FixedRequest request(cardReadRequestText());
     const std::string reply = KVRBenchSamples::gcrChipReply();
-    const std::vector<std::string> replies(kRepliesPerRun, reply);
-    const std::vector<uint8_t> replyBytes = KVRBenchPinpad::replyBytes(replies);
+    pinpad.startAnswering([&reply](const std::string&) { return std::vector<std::string>{reply}; });
 
     size_t wrong = 0;
     for (auto _ : state) {
-        state.PauseTiming();
-        pinpad.queue(replyBytes);
-        state.ResumeTiming();
         for (int i = 0; i < kRepliesPerRun; ++i) {
             link->sendRequest(request);
             const char* text = link->readMessage();
@@ -95,9 +92,9 @@ void BM_FrameExchange(benchmark::State& state) {
         }
         state.PauseTiming();
         wrong += reply != link->messageBuffer();
-        pinpad.drain();
         state.ResumeTiming();
     }
+    pinpad.stopAnswering();
     if (wrong) state.SkipWithError("a reply came back altered");
     uint64_t bytes = pinpad.bytesFromLibrary() + pinpad.bytesToLibrary();
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * kRepliesPerRun);

@@ -4,10 +4,14 @@
 #include "support/KVRReferenceCrc.h"
 
 #include <chrono>
+#include <mutex>
+#include <thread>
 #include <stdexcept>
 
 namespace {
+constexpr uint8_t kEot = 0x04;
 constexpr uint8_t kAck = 0x06;
+constexpr uint8_t kCan = 0x18;
 constexpr uint8_t kSyn = 0x16;
 constexpr uint8_t kEtb = 0x17;
 constexpr auto kPollSlice = std::chrono::milliseconds(5);
@@ -77,7 +81,8 @@ void KVRBenchPinpad::queue(const std::vector<uint8_t>& bytes) {
     bytesToLibrary_ += bytes.size();
 }
 
-size_t KVRBenchPinpad::readFromLibrary(const std::function<void(const std::string&)>& onRequest) {
+size_t KVRBenchPinpad::readFromLibrary(const std::function<void(const std::string&)>& onRequest,
+                                       const std::function<void(uint8_t)>& onControl) {
     uint8_t chunk[16384];
     size_t total = 0;
     auto& input = accessory_->deviceInputStream();
@@ -86,49 +91,80 @@ size_t KVRBenchPinpad::readFromLibrary(const std::function<void(const std::strin
         if (count <= 0) break;
         total += static_cast<size_t>(count);
         if (!onRequest) continue;
-        for (long i = 0; i < count; ++i)
-            if (parser_.consume(chunk[i])) onRequest(parser_.text());
+        for (long i = 0; i < count; ++i) {
+            if (onControl && parser_.idle() && chunk[i] != kSyn) onControl(chunk[i]);
+            else if (parser_.consume(chunk[i])) onRequest(parser_.text());
+        }
     }
     bytesFromLibrary_ += total;
     return total;
 }
 
-std::vector<std::string> KVRBenchPinpad::takeRequests() {
-    std::vector<std::string> requests;
-    readFromLibrary([&](const std::string& text) { requests.push_back(text); });
-    return requests;
-}
-
-size_t KVRBenchPinpad::drain() { return readFromLibrary({}); }
-
-KVRBenchPinpad::Script KVRBenchPinpad::learn(const Handler& handler, const std::function<void()>& flow) {
-    Script script;
-    std::mutex mutex;
-    std::atomic<bool> stop{false};
-    std::thread device([&] {
-        auto& input = accessory_->deviceInputStream();
-        while (!stop) {
-            if (!input->waitForBytesAvailable(kPollSlice)) continue;
-            readFromLibrary([&](const std::string& request) {
-                auto replies = handler(request);
-                {
-                    std::lock_guard lock(mutex);
-                    script.requests.push_back(request);
-                    script.replies.insert(script.replies.end(), replies.begin(), replies.end());
-                }
-                queue(replyBytes(replies));
-            });
-        }
-    });
+KVRBenchPinpad::Script KVRBenchPinpad::learn(const Handler& handler, const std::function<void()>& flow, Line line) {
+    startAnswering(handler, line);
     try {
         flow();
     } catch (...) {
-        stop = true;
-        device.join();
+        stopAnswering();
         throw;
     }
-    stop = true;
-    device.join();
-    std::lock_guard lock(mutex);
-    return script;
+    return stopAnswering();
+}
+
+void KVRBenchPinpad::startAnswering(const Handler& handler, Line line) {
+    {
+        std::lock_guard lock(scriptMutex_);
+        script_ = Script();
+    }
+    stopAnswering_ = false;
+    device_ = std::thread([this, handler, line] {
+        // The time `bytes` take on a line of the given rate.
+        auto onTheLine = [&line](size_t bytes) {
+            if (line.bitsPerSecond > 0)
+                std::this_thread::sleep_for(
+                    std::chrono::microseconds(bytes * 10 * 1000000 / static_cast<size_t>(line.bitsPerSecond)));
+        };
+        auto& input = accessory_->deviceInputStream();
+        while (!stopAnswering_) {
+            if (!input->waitForBytesAvailable(kPollSlice)) continue;
+            readFromLibrary(
+                [&](const std::string& request) {
+                    auto replies = handler(request);
+                    {
+                        std::lock_guard lock(scriptMutex_);
+                        script_.requests.push_back(request);
+                        script_.replies.insert(script_.replies.end(), replies.begin(), replies.end());
+                    }
+                    onTheLine(request.size() + 4);
+                    if (!line.abecs) {
+                        auto bytes = replyBytes(replies);
+                        onTheLine(bytes.size());
+                        queue(bytes);
+                        return;
+                    }
+                    onTheLine(1);
+                    queue({kAck});
+                    for (const auto& reply : replies) {
+                        auto bytes = frame(reply);
+                        onTheLine(bytes.size());
+                        queue(bytes);
+                    }
+                },
+                [&](uint8_t control) {
+                    if (control == kCan) queue({kEot});
+                });
+        }
+    });
+}
+
+KVRBenchPinpad::Script KVRBenchPinpad::stopAnswering() {
+    stopAnswering_ = true;
+    if (device_.joinable()) device_.join();
+    std::lock_guard lock(scriptMutex_);
+    return script_;
+}
+
+size_t KVRBenchPinpad::answeredRequests() {
+    std::lock_guard lock(scriptMutex_);
+    return script_.requests.size();
 }

@@ -4,8 +4,10 @@
 #include <string>
 
 /// Library logging. Debug lines are printed only when the information
-/// dictionary's "Kovra Debugginho Developer" is true; console lines always.
-/// Both go to one sink, standard error unless the application replaces it.
+/// dictionary's "Kovra Debugginho Developer" is true; console lines (the PIN
+/// pad traffic among them) always. Both go to the application's sink when it
+/// set one; otherwise to the system log (ident "kovra"), or to standard error
+/// when the environment variable KOVRA_LOG is "stderr".
 class KVRLoggingUtil {
 public:
     using Sink = std::function<void(const std::string& line)>;
@@ -14,7 +16,7 @@ public:
 
     static void printLog(const std::string& text);
     static void console(const std::string& text);
-    /// An empty sink restores standard error.
+    /// An empty sink restores the default destination.
     static void setSink(Sink sink);
     static bool isDebugEnabled();
     /// "Kovra Log Card Data": whether PIN pad lines may show card data unmasked.

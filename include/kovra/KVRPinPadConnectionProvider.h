@@ -9,4 +9,10 @@ public:
     KVRPinPadConnectionProvider() = delete;
 
     static void connectToPinpad(KVRCompletion block);
+
+    /// From any thread: aborts the PIN pad command in flight (a card read or
+    /// PIN entry waiting for the cardholder, say). The PIN pad is sent CAN
+    /// and the command ends as if the cardholder had cancelled it, so a sale
+    /// ends with result 9. True when a command was in flight and was ended.
+    static bool abortCurrentCommand();
 };

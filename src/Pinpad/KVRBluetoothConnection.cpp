@@ -6,6 +6,7 @@
 #include <kovra/KVRNotificationCenter.h>
 
 #include "Pinpad/Commands/KVRBaseCommandRequest.h"
+#include "Pinpad/KVRDisplayText.h"
 #include "Utils/KVRCardDataMasking.h"
 #include "Utils/KVRStringUtil.h"
 
@@ -27,17 +28,17 @@ constexpr double kLongestWritePauseSeconds = 60;
 constexpr double kLongestReadTimeoutSeconds = 1e7;
 constexpr size_t kMessageLimit = KVRBluetoothConnection::kMessageBufferSize - 1;
 
-// CRC-16/XMODEM of every byte value: polynomial 0x1021, most significant bit first.
-constexpr std::array<uint16_t, 256> makeCrcTable() {
-    std::array<uint16_t, 256> table{};
-    for (unsigned byte = 0; byte < table.size(); ++byte) {
-        auto crc = static_cast<uint16_t>(byte << 8);
-        for (int bit = 0; bit < 8; ++bit) crc = static_cast<uint16_t>((crc & 0x8000) ? (crc << 1) ^ 0x1021 : crc << 1);
-        table[byte] = crc;
-    }
-    return table;
-}
-constexpr std::array<uint16_t, 256> kCrcTable = makeCrcTable();
+// The ABECS link's limits.
+constexpr auto kAcknowledgementWait = 2s;
+constexpr auto kEotWait = 2s;
+constexpr int kSendAttempts = 3;
+constexpr int kCancelAttempts = 3;
+constexpr int kNaksPerReply = 3;
+constexpr auto kNonBlockingReplyWait = 10s;
+constexpr const char* kCancelledStatus = "013";
+
+// Commands that wait for the cardholder may take any time.
+bool isBlockingCommand(const std::string& name) { return name == "GCR" || name == "GOC" || name == "GPN"; }
 
 std::mutex& sharedMutex() {
     static std::mutex m;
@@ -49,8 +50,10 @@ std::shared_ptr<KVRBluetoothConnection>& sharedInstance() {
     return *instance;
 }
 
+// PIN pad texts are Latin-1; log lines are UTF-8.
 std::string forLog(const std::string& text, bool request) {
-    return request ? KVRCardDataMasking::pinpadRequestForLog(text) : KVRCardDataMasking::pinpadReplyForLog(text);
+    return KVRDisplayText::utf8FromLatin1(request ? KVRCardDataMasking::pinpadRequestForLog(text)
+                                                  : KVRCardDataMasking::pinpadReplyForLog(text));
 }
 
 }  // namespace
@@ -95,6 +98,14 @@ bool KVRBluetoothConnection::openSession() {
         stream->open();
         streamHandleEvent(*stream, KVRStreamEvent::OpenCompleted);
     }
+    // Whatever a killed predecessor left on the line is not ours; on the
+    // ABECS link a CAN also stops a command it left running.
+    discardPendingInput();
+    if (abecsLinkSelected()) {
+        abecs_ = true;
+        decoder_.setStuffing(true);
+        cancelAndWaitForEot(1);
+    }
     return true;
 }
 
@@ -116,23 +127,74 @@ KVROutputStream* KVRBluetoothConnection::output() const { return session_ ? sess
 
 // ---- Sending ----
 
+bool KVRBluetoothConnection::abecsLinkSelected() {
+    return KVRApplicationInfo::stringForKey("Kovra Pinpad Link").value_or("spec") == "abecs";
+}
+
 void KVRBluetoothConnection::sendRequest(KVRBaseCommandRequest& request) {
     char text[KVRCommandBufferSize];
     request.getCommand(text);
     size_t length = strnlen(text, kMessageLimit);
-    KVRLoggingUtil::console(KVRStringUtil::format("+++++++++ %s", forLog(std::string(text, length), true).c_str()));
+    std::string command(text, length);
+    KVRLoggingUtil::console(KVRStringUtil::format("+++++++++ %s", forLog(command, true).c_str()));
 
-    std::vector<uint8_t> frame;
-    frame.reserve(length + 4);
-    frame.push_back(kSyn);
-    frame.insert(frame.end(), text, text + length);
-    frame.push_back(kEtb);
-    uint16_t crc = calculateCrc(frame.data() + 1, static_cast<uint32_t>(length + 1));
-    frame.push_back(static_cast<uint8_t>(crc >> 8));
-    frame.push_back(static_cast<uint8_t>(crc & 0xFF));
+    abecs_ = abecsLinkSelected();
+    decoder_.setStuffing(abecs_);
+    expectedName_ = command.substr(0, 3);
+    blockingCommand_ = isBlockingCommand(expectedName_);
+    endedByAbort_ = false;
+    // A reply left over from an earlier command (a time-out, a killed
+    // process) must not answer this one.
+    discardPendingInput();
+    {
+        std::lock_guard lock(abortMutex_);
+        abortRequested_ = false;
+        inFlight_ = true;
+    }
+    requestStart_ = Clock::now();
+    auto packet = KVRAbecsFrameCodec::encode(command, abecs_);
+    if (!abecs_) {
+        writeData(packet);
+        return;
+    }
+    try {
+        sendUntilAcknowledged(packet);
+    } catch (const AbortSignal&) {
+        cancelAndWaitForEot(kCancelAttempts);
+        endedByAbort_ = true;
+    } catch (...) {
+        finishCommand(false);
+        throw;
+    }
+}
 
-    if (discardBeforeNextRequest_) discardPendingInput();
-    writeData(frame);
+// ABECS: the PIN pad answers every command with ACK, or NAK when the packet
+// reached it damaged; silence for 2 s or a third NAK ends the exchange.
+void KVRBluetoothConnection::sendUntilAcknowledged(const std::vector<uint8_t>& packet) {
+    for (int attempt = 1; attempt <= kSendAttempts; ++attempt) {
+        writeData(packet);
+        const auto until = Clock::now() + kAcknowledgementWait;
+        for (;;) {
+            auto byte = nextByte(until);
+            if (!byte) failTimedOut(KVRStringUtil::format("The PIN pad did not acknowledge %s", expectedName_.c_str()));
+            if (*byte == KVRAbecsFrameCodec::kAck) return;
+            if (*byte == KVRAbecsFrameCodec::kNak) {
+                KVRLoggingUtil::printLog(KVRStringUtil::format("NAK for %s", expectedName_.c_str()));
+                break;
+            }
+            if (*byte == KVRAbecsFrameCodec::kSyn) {
+                // A packet without its ACK: the PIN pad took the command.
+                pushedBack_ = byte;
+                return;
+            }
+        }
+    }
+    failTimedOut(KVRStringUtil::format("The PIN pad refused %s %d times", expectedName_.c_str(), kSendAttempts));
+}
+
+void KVRBluetoothConnection::writeControl(uint8_t byte) {
+    dataWritten_.push_back(byte);
+    writeData();
 }
 
 bool KVRBluetoothConnection::writeData(const std::vector<uint8_t>& data) {
@@ -157,10 +219,13 @@ void KVRBluetoothConnection::writeData() {
     }
 }
 
-// PIN pads need time between frames; the setting is read on every write so
-// that an application (or a test) can change it at any moment.
+// Slow PIN pads on the default link need time between frames; on the ABECS
+// link the ACK paces the exchange, so no pause unless one is set. The setting
+// is read on every write so that an application (or a test) can change it at
+// any moment.
 void KVRBluetoothConnection::pauseAfterWrite() const {
-    double seconds = KVRApplicationInfo::numberForKey("Kovra Pinpad Write Pause").value_or(kDefaultWritePauseSeconds);
+    double seconds = KVRApplicationInfo::numberForKey("Kovra Pinpad Write Pause")
+                         .value_or(abecs_ ? 0.0 : kDefaultWritePauseSeconds);
     if (seconds > 0) std::this_thread::sleep_for(std::chrono::duration<double>(std::min(seconds, kLongestWritePauseSeconds)));
 }
 
@@ -173,70 +238,164 @@ void KVRBluetoothConnection::sendQueuedWhenPossible() {
 // ---- Reading ----
 
 const char* KVRBluetoothConnection::readMessage() {
-    for (;;) {
-        readByte();  // the acknowledgement that precedes every frame
-        readFrame();
-        std::string text(messageBuffer_.data());
-        if (!KVRStringUtil::startsWith(text, "NTM")) {
+    if (endedByAbort_) return endAsCancelled();
+    int naks = 0;
+    try {
+        for (;;) {
+            auto byte = nextByte();
+            if (!byte) failTimedOut(KVRStringUtil::format("No reply to %s in time", expectedName_.c_str()));
+            auto event = decoder_.feed(*byte);
+            if (event.kind == KVRAbecsFrameCodec::Event::Kind::None) continue;
+            if (event.kind == KVRAbecsFrameCodec::Event::Kind::Byte) continue;  // the ACK ahead of a frame, or noise
+            if (event.kind == KVRAbecsFrameCodec::Event::Kind::Overlong) {
+                KVRLoggingUtil::console("--------- dropped a frame longer than 1024 bytes");
+                continue;
+            }
+            if (abecs_ && !event.crcMatches) {
+                if (naks++ == kNaksPerReply) failTimedOut("The PIN pad's reply kept arriving damaged");
+                writeControl(KVRAbecsFrameCodec::kNak);
+                continue;
+            }
+            naks = 0;
+            keepText(event.text);
+            const std::string& text = event.text;
+            if (KVRStringUtil::startsWith(text, "NTM")) {
+                std::string notification = KVRStringUtil::safeSubstr(KVRStringUtil::trim(text), 9);
+                KVRNotificationCenter::defaultCenter().postNotification("KVRPinpadNTMMessage",
+                                                                        KVRDisplayText::utf8FromLatin1(notification));
+                KVRLoggingUtil::console(KVRStringUtil::format("--------- %s", forLog(text, false).c_str()));
+                continue;
+            }
+            if (!KVRStringUtil::startsWith(text, expectedName_)) {
+                KVRLoggingUtil::console(KVRStringUtil::format("--------- dropped %s while waiting for %s",
+                                                              forLog(text, false).c_str(), expectedName_.c_str()));
+                continue;
+            }
             KVRLoggingUtil::console(KVRStringUtil::format("--------- %s", forLog(text, false).c_str()));
+            finishCommand(false);
             return messageBuffer_.data();
         }
-        std::string notification = KVRStringUtil::safeSubstr(KVRStringUtil::trim(text), 9);
-        KVRNotificationCenter::defaultCenter().postNotification("KVRPinpadNTMMessage", notification);
-        KVRLoggingUtil::console(KVRStringUtil::format("--------- %s", forLog(text, false).c_str()));
+    } catch (const AbortSignal&) {
+        cancelAndWaitForEot(kCancelAttempts);
+        return endAsCancelled();
+    } catch (...) {
+        finishCommand(false);
+        throw;
     }
 }
 
-// Text up to ETB into messageBuffer (SYN dropped wherever it appears), then
-// the two CRC bytes, which are not checked: the exchange has no resend, so a
-// damaged reply is handed on and its fields read leniently. The buffer stays
-// terminated even when a time-out interrupts the frame.
-void KVRBluetoothConnection::readFrame() {
-    dataRead_.clear();
-    size_t stored = 0;
-    messageBuffer_[0] = '\0';
-    for (;;) {
-        uint8_t byte = readByte();
-        if (byte == kSyn) continue;
-        if (byte == kEtb) break;
-        if (stored < kMessageLimit) {
-            messageBuffer_[stored++] = static_cast<char>(byte);
-            messageBuffer_[stored] = '\0';
-            dataRead_.push_back(byte);
+// The text of the last frame, as the link's buffers keep it: at most 1023
+// bytes in messageBuffer (NUL-terminated), the text and ETB in the read buffer.
+void KVRBluetoothConnection::keepText(const std::string& text) {
+    size_t kept = std::min(text.size(), kMessageLimit);
+    std::memcpy(messageBuffer_.data(), text.data(), kept);
+    messageBuffer_[kept] = '\0';
+    dataRead_.assign(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(kept));
+    dataRead_.push_back(KVRAbecsFrameCodec::kEtb);
+}
+
+// An aborted command ends as if the PIN pad had answered "cancelled".
+const char* KVRBluetoothConnection::endAsCancelled() {
+    keepText(expectedName_ + kCancelledStatus);
+    KVRLoggingUtil::console(KVRStringUtil::format("--------- %s (aborted)", messageBuffer_.data()));
+    finishCommand(true);
+    return messageBuffer_.data();
+}
+
+void KVRBluetoothConnection::finishCommand(bool aborted) {
+    endedByAbort_ = false;
+    {
+        std::lock_guard lock(abortMutex_);
+        inFlight_ = false;
+        abortRequested_ = false;
+        lastCommandAborted_ = aborted;
+    }
+    commandEnded_.notify_all();
+}
+
+// CAN makes the PIN pad drop what it is doing and answer EOT; bytes on their
+// way meanwhile (a reply, a notification) are ignored, then dropped.
+bool KVRBluetoothConnection::cancelAndWaitForEot(int attempts) {
+    cancelling_ = true;
+    bool answered = false;
+    for (int attempt = 0; attempt < attempts && !answered; ++attempt) {
+        writeControl(KVRAbecsFrameCodec::kCan);
+        const auto until = Clock::now() + kEotWait;
+        while (auto byte = nextByte(until)) {
+            if (*byte == KVRAbecsFrameCodec::kEot) {
+                answered = true;
+                break;
+            }
         }
     }
-    dataRead_.push_back(kEtb);
-    readByte();
-    readByte();
+    cancelling_ = false;
+    discardPendingInput();
+    KVRLoggingUtil::printLog(answered ? "the PIN pad answered CAN with EOT" : "the PIN pad did not answer CAN");
+    return answered;
+}
+
+bool KVRBluetoothConnection::abortCurrentCommand() {
+    std::unique_lock lock(abortMutex_);
+    if (!inFlight_) return false;
+    abortRequested_ = true;
+    // The calling thread notices within one wait slice; the CANs take at most 6 s.
+    bool ended = commandEnded_.wait_for(lock, kCancelAttempts * kEotWait + 4s, [this] { return !inFlight_; });
+    if (!ended) {
+        abortRequested_ = false;
+        return false;
+    }
+    return lastCommandAborted_;
 }
 
 uint8_t KVRBluetoothConnection::readByte() {
-    if (bufferLength_ == 0) fillStagingBuffer();
+    auto byte = nextByte();
+    if (!byte) failTimedOut("The PIN pad sent nothing in time");
+    return *byte;
+}
+
+std::optional<uint8_t> KVRBluetoothConnection::nextByte(std::optional<Clock::time_point> deadline) {
+    if (pushedBack_) {
+        auto byte = pushedBack_;
+        pushedBack_.reset();
+        return byte;
+    }
+    if (bufferLength_ == 0 && !fillStagingBuffer(deadline)) return std::nullopt;
     uint8_t byte = buffer_[static_cast<size_t>(bufferPosition_++)];
     if (bufferPosition_ >= bufferLength_) bufferPosition_ = bufferLength_ = 0;
     return byte;
 }
 
-// The read time-out is read on every turn, so an application can set or
-// change it while a read is waiting; it counts from the start of the wait.
-void KVRBluetoothConnection::fillStagingBuffer() {
-    const auto waitStart = std::chrono::steady_clock::now();
+// The whole reply must arrive within the read time-out counted from the
+// request (a line that keeps sending noise cannot hold it longer); on the
+// ABECS link a command that needs no cardholder gets 10 s. Settings are read
+// on every turn, so an application can set or change them while a read waits.
+std::optional<KVRBluetoothConnection::Clock::time_point> KVRBluetoothConnection::replyDeadline() const {
+    std::optional<Clock::time_point> deadline;
+    if (auto timeout = readTimeout()) deadline = requestStart_ + *timeout;
+    if (abecs_ && !blockingCommand_) {
+        auto limit = requestStart_ + std::chrono::duration_cast<Clock::duration>(kNonBlockingReplyWait);
+        deadline = deadline ? std::min(*deadline, limit) : limit;
+    }
+    return deadline;
+}
+
+void KVRBluetoothConnection::failTimedOut(const std::string& why) {
+    throw KVRException("PinpadTimeout", why);
+}
+
+bool KVRBluetoothConnection::fillStagingBuffer(std::optional<Clock::time_point> fixedDeadline) {
     WaitReports reports;
     for (;;) {
+        if (abortRequested_ && inFlight_ && !cancelling_) throw AbortSignal{};
         sendQueuedWhenPossible();
         std::chrono::milliseconds slice = dataWritten_.empty() ? kWaitSlice : kPendingWriteSlice;
-        auto timeout = readTimeout();
-        if (timeout) {
-            auto left = std::chrono::ceil<std::chrono::milliseconds>(waitStart + *timeout - std::chrono::steady_clock::now());
+        auto deadline = fixedDeadline ? fixedDeadline : replyDeadline();
+        if (deadline) {
+            auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline - Clock::now());
             slice = std::clamp(left, std::chrono::milliseconds(0), slice);
         }
-        if (waitForInput(slice, reports)) return;
-        if (timeout && std::chrono::steady_clock::now() >= waitStart + *timeout) {
-            discardBeforeNextRequest_ = true;
-            throw KVRException("PinpadTimeout",
-                               KVRStringUtil::format("The PIN pad sent nothing for %g seconds",
-                                                     std::chrono::duration<double>(*timeout).count()));
-        }
+        if (waitForInput(slice, reports)) return true;
+        if (deadline && Clock::now() >= *deadline) return false;
     }
 }
 
@@ -270,24 +429,26 @@ bool KVRBluetoothConnection::waitForInput(std::chrono::milliseconds slice, WaitR
     return false;
 }
 
-std::optional<std::chrono::steady_clock::duration> KVRBluetoothConnection::readTimeout() {
+std::optional<KVRBluetoothConnection::Clock::duration> KVRBluetoothConnection::readTimeout() {
     double seconds = KVRApplicationInfo::numberForKey("Kovra Pinpad Read Timeout").value_or(0);
     if (!(seconds > 0)) return std::nullopt;
     seconds = std::min(seconds, kLongestReadTimeoutSeconds);
-    return std::chrono::duration_cast<std::chrono::steady_clock::duration>(std::chrono::duration<double>(seconds));
+    return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));
 }
 
 void KVRBluetoothConnection::discardPendingInput() {
-    discardBeforeNextRequest_ = false;
+    long discarded = bufferLength_ - bufferPosition_;
     bufferLength_ = bufferPosition_ = 0;
+    pushedBack_.reset();
+    decoder_.reset();
     KVRInputStream* in = input();
-    long discarded = 0;
     while (in && in->hasBytesAvailable()) {
         long count = in->read(buffer_.data(), kStreamReadSize);
         if (count <= 0) break;
         discarded += count;
     }
-    if (discarded > 0) KVRLoggingUtil::printLog(KVRStringUtil::format("discarded %ld late bytes", discarded));
+    bufferLength_ = bufferPosition_ = 0;
+    if (discarded > 0) KVRLoggingUtil::printLog(KVRStringUtil::format("discarded %ld stale bytes", discarded));
 }
 
 void KVRBluetoothConnection::readData() {
@@ -310,14 +471,8 @@ std::optional<std::vector<uint8_t>> KVRBluetoothConnection::readDataWithBytes(si
     return bytes;
 }
 
-// One table lookup per byte instead of eight conditional shifts: the same
-// CRC-16/XMODEM (check value 0x31C3 for "123456789"), at the speed of the
-// usual table-driven implementation.
 uint16_t KVRBluetoothConnection::calculateCrc(const uint8_t* bytes, uint32_t length) {
-    uint16_t crc = 0;
-    for (uint32_t i = 0; i < length; ++i)
-        crc = static_cast<uint16_t>((crc << 8) ^ kCrcTable[((crc >> 8) ^ bytes[i]) & 0xFF]);
-    return crc;
+    return KVRAbecsFrameCodec::crc(bytes, length);
 }
 
 void KVRBluetoothConnection::streamHandleEvent(KVRStream& stream, KVRStreamEvent event) {

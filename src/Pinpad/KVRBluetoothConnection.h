@@ -1,32 +1,45 @@
 #pragma once
 
+#include "Pinpad/KVRAbecsFrameCodec.h"
 #include "Pinpad/KVRConnectionProtocol.h"
 #include "Platform/KVRAccessory.h"
 #include "Platform/KVRAccessorySession.h"
 #include "Platform/KVRStream.h"
 
 #include <array>
+#include <atomic>
+#include <condition_variable>
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
-/// The one byte pipe to the PIN pad: writes ABECS command frames
-/// (SYN, text, ETB, CRC-16/XMODEM high byte first) and reads reply frames,
-/// one command at a time, on the calling thread. Notification (NTM) frames
-/// are posted as "KVRPinpadNTMMessage" and never returned as replies.
+/// The one byte pipe to the PIN pad: writes ABECS command frames and reads
+/// reply frames (KVRAbecsFrameCodec), one command at a time, on the calling
+/// thread. Notification (NTM) frames are posted as "KVRPinpadNTMMessage"
+/// (converted from Latin-1 to UTF-8) and never returned as replies.
 ///
-/// Waiting for the PIN pad blocks the caller. By default it waits as long as
-/// the PIN pad is silent; with "Kovra Pinpad Read Timeout" (seconds) set, a
-/// silence that long fails the exchange with the KVRException "PinpadTimeout".
-/// Each accepted write is followed by the pause "Kovra Pinpad Write Pause"
-/// (seconds, 0.5 when absent), which slow PIN pads need between frames.
+/// In both links: stale input is dropped when the session opens and before
+/// each command; the reply is the next frame named like the command sent
+/// (others are logged and dropped); frames over 1024 bytes are dropped; with
+/// "Kovra Pinpad Read Timeout" (seconds) set, the whole reply must arrive
+/// that long after the request or the exchange fails with the KVRException
+/// "PinpadTimeout". Each accepted write is followed by the pause
+/// "Kovra Pinpad Write Pause" (seconds).
+///
+/// "Kovra Pinpad Link" = "abecs" adds the ABECS link rules: DC3 stuffing, a
+/// wait of 2 s for ACK/NAK after each command (resent on NAK, a time-out
+/// after the third), NAK on a reply with a bad CRC (up to 3 times), CAN when
+/// the session opens, 10 s for commands that need no cardholder, and no write
+/// pause unless one is set. Absent or "spec", the default link waits for no
+/// ACK, sends no NAK and pauses 0.5 s after each write.
 class KVRBluetoothConnection : public KVRConnectionProtocol {
 public:
-    static constexpr uint8_t kSyn = 0x16;
-    static constexpr uint8_t kEtb = 0x17;
+    static constexpr uint8_t kSyn = KVRAbecsFrameCodec::kSyn;
+    static constexpr uint8_t kEtb = KVRAbecsFrameCodec::kEtb;
     static constexpr size_t kMessageBufferSize = 1024;
     static constexpr size_t kStagingBufferSize = 65536;
     static constexpr size_t kStreamReadSize = 65530;
@@ -51,12 +64,16 @@ public:
     /// The next reply that is not a notification, NUL-terminated, inside
     /// messageBuffer(); at most 1023 bytes of it are kept.
     const char* readMessage() override;
+    /// From any thread: ends the command in flight as if the PIN pad had
+    /// answered 013 (CAN, up to 2 s for EOT, up to 3 times). False when no
+    /// command was in flight or its reply came first.
+    bool abortCurrentCommand() override;
 
     /// Queues bytes and sends what the stream accepts; true when nothing is left queued.
     bool writeData(const std::vector<uint8_t>& data);
     /// Sends queued bytes while the output stream accepts them.
     void writeData();
-    /// The next byte from the PIN pad, waiting for it.
+    /// The next byte from the PIN pad, waiting for it (up to the reply's deadline).
     uint8_t readByte();
     /// Diagnostic: drains the input stream into the read buffer, logging each byte.
     void readData();
@@ -81,14 +98,27 @@ private:
         bool end = false;
         bool error = false;
     };
+    using Clock = std::chrono::steady_clock;
+    /// Thrown inside the link when an abort was asked for; never leaves it.
+    struct AbortSignal {};
 
-    void readFrame();
-    void fillStagingBuffer();
+    /// The next byte; nothing once `deadline` (or, without one, the reply's deadline) has passed.
+    std::optional<uint8_t> nextByte(std::optional<Clock::time_point> deadline = std::nullopt);
+    bool fillStagingBuffer(std::optional<Clock::time_point> deadline);
     bool waitForInput(std::chrono::milliseconds slice, WaitReports& reports);
+    std::optional<Clock::time_point> replyDeadline() const;
+    [[noreturn]] static void failTimedOut(const std::string& why);
+    void sendUntilAcknowledged(const std::vector<uint8_t>& packet);
+    void writeControl(uint8_t byte);
+    bool cancelAndWaitForEot(int attempts);
+    const char* endAsCancelled();
+    void finishCommand(bool aborted);
+    void keepText(const std::string& text);
     void sendQueuedWhenPossible();
     void discardPendingInput();
     void pauseAfterWrite() const;
-    static std::optional<std::chrono::steady_clock::duration> readTimeout();
+    static bool abecsLinkSelected();
+    static std::optional<Clock::duration> readTimeout();
     KVRInputStream* input() const;
     KVROutputStream* output() const;
 
@@ -102,6 +132,21 @@ private:
     std::array<uint8_t, kStagingBufferSize> buffer_{};
     long long bufferLength_ = 0;
     long long bufferPosition_ = 0;
-    /// Set when a wait timed out: a late reply must not answer the next command.
-    bool discardBeforeNextRequest_ = false;
+    std::optional<uint8_t> pushedBack_;
+    KVRAbecsFrameCodec decoder_;
+
+    // The command in flight (calling thread only, but for the abort below).
+    bool abecs_ = false;
+    std::string expectedName_;
+    bool blockingCommand_ = false;
+    Clock::time_point requestStart_{};
+    bool cancelling_ = false;
+    bool endedByAbort_ = false;
+
+    // Abort from another thread: asked for, then waited for until the command ends.
+    std::mutex abortMutex_;
+    std::condition_variable commandEnded_;
+    std::atomic<bool> inFlight_{false};
+    std::atomic<bool> abortRequested_{false};
+    bool lastCommandAborted_ = false;
 };

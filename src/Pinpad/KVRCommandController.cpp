@@ -219,7 +219,8 @@ std::shared_ptr<KVRGpnCommandResponse> KVRCommandController::sendCommandGpnWithA
         gpnRequest_->maximum = kPinMaximumLength;
         // A chip card's PIN goes through chip processing; a stripe card's
         // service code says whether it wants one.
-        if (!checkisEMV(scDigit6) && checkisPINMandatory(scDigit2)) gpnRequest_->message = message;
+        if (!checkisEMV(scDigit6) && checkisPINMandatory(scDigit2))
+            gpnRequest_->message = KVRDisplayText::pinpadCharacters(message);
     }
     return exchange<KVRGpnCommandResponse>(*gpnRequest_);
 }

@@ -11,4 +11,7 @@ public:
     /// The text of the next reply, valid until the next read.
     virtual const char* readMessage() = 0;
     virtual bool isDeviceConnected() = 0;
+    /// From any thread: ends the command in flight as cancelled at the PIN
+    /// pad; false when there was none to end.
+    virtual bool abortCurrentCommand() { return false; }
 };

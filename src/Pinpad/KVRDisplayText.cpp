@@ -7,15 +7,13 @@
 
 namespace {
 
-// U+00C0 to U+00FF without their accents; "?" where no letter fits.
-constexpr std::string_view kLatin1Letters = "AAAAAAACEEEEIIIIDNOOOOOxOUUUUY?saaaaaaaceeeeiiiidnooooo?ouuuuy?y";
-
+// PIN pad displays take bytes 0x20 to 0xFF as ISO-8859-1: printable ASCII
+// and the Latin-1 letters go as they are, controls become spaces and
+// anything the display cannot show becomes "?".
 char pinpadCharacter(uint32_t codePoint) {
     if (codePoint >= 0x20 && codePoint <= 0x7E) return static_cast<char>(codePoint);
-    if (codePoint < 0x20 || codePoint == 0x7F || codePoint == 0xA0) return ' ';
-    if (codePoint == 0xAA) return 'a';  // feminine ordinal, as in "1a"
-    if (codePoint == 0xBA) return 'o';  // masculine ordinal, as in "no"
-    if (codePoint >= 0xC0 && codePoint <= 0xFF) return kLatin1Letters[codePoint - 0xC0];
+    if (codePoint < 0x20 || codePoint == 0x7F) return ' ';
+    if (codePoint >= 0xA0 && codePoint <= 0xFF) return static_cast<char>(static_cast<uint8_t>(codePoint));
     return '?';
 }
 
@@ -48,6 +46,21 @@ std::string KVRDisplayText::pinpadCharacters(std::string_view text) {
     std::string out;
     out.reserve(text.size());
     forEachCharacter(text, [&](uint32_t codePoint) { out.push_back(pinpadCharacter(codePoint)); });
+    return out;
+}
+
+std::string KVRDisplayText::utf8FromLatin1(std::string_view text) {
+    std::string out;
+    out.reserve(text.size() * 2);
+    for (char c : text) {
+        auto byte = static_cast<uint8_t>(c);
+        if (byte < 0x80) {
+            out.push_back(c);
+        } else {
+            out.push_back(static_cast<char>(0xC0 | (byte >> 6)));
+            out.push_back(static_cast<char>(0x80 | (byte & 0x3F)));
+        }
+    }
     return out;
 }
 

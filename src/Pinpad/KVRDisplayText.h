@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-/// Turns application texts into what a PIN pad display can show: printable
-/// ASCII, one byte per character, so a 16-character line is 16 bytes.
+/// Converts between application texts (UTF-8) and PIN pad texts (ISO-8859-1,
+/// one byte per character, so a 16-character line is 16 bytes).
 class KVRDisplayText {
 public:
     KVRDisplayText() = delete;
@@ -14,10 +14,12 @@ public:
     /// not start a well-formed sequence counts as one character.
     static size_t characterCount(std::string_view text);
 
-    /// One printable ASCII byte per character: accented Latin letters lose
-    /// their accent ("ção" -> "cao"), blanks and controls become spaces, any
-    /// other character becomes "?".
+    /// One Latin-1 byte per character: accented letters are kept ("ção" is
+    /// E7 E3 6F), controls become spaces, characters outside Latin-1 "?".
     static std::string pinpadCharacters(std::string_view text);
+
+    /// A Latin-1 text from the PIN pad (its notifications) as UTF-8.
+    static std::string utf8FromLatin1(std::string_view text);
 
     /// Display texts were once passed through printf as the format itself.
     /// Texts written for that keep working ("100%%" still shows "100%"), but

@@ -35,6 +35,11 @@ void KVRPinpadController::connectWithBluetooth(const std::shared_ptr<KVRAccessor
     }
 }
 
+bool KVRPinpadController::abortCurrentCommand() {
+    auto link = connection();
+    return link && link->abortCurrentCommand();
+}
+
 std::shared_ptr<KVRConnectionProtocol> KVRPinpadController::connection() const {
     std::lock_guard lock(mutex_);
     return connection_;

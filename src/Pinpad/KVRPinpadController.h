@@ -17,6 +17,10 @@ public:
     /// Connects to the given accessory.
     void connectWithBluetooth(const std::shared_ptr<KVRAccessory>& accessory);
 
+    /// Thread-safe: ends the PIN pad command in flight as if the cardholder
+    /// had cancelled it (return code 013). False when no command was in flight.
+    bool abortCurrentCommand();
+
     std::shared_ptr<KVRConnectionProtocol> connection() const;
     void setConnection(std::shared_ptr<KVRConnectionProtocol> connection);
 

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,8 +12,15 @@ KVRFileDescriptor::KVRFileDescriptor(int fd) : fd_(fd) {
     terminal_ = isatty(fd_) == 1;
 }
 
+// The exclusive flag belongs to the terminal, not to this descriptor: it is
+// lifted before closing, or a later open of the same line would be refused.
 KVRFileDescriptor::~KVRFileDescriptor() {
+    if (exclusive_) ioctl(fd_, TIOCNXCL);
     if (fd_ >= 0) ::close(fd_);
+}
+
+void KVRFileDescriptor::setExclusiveTerminal() {
+    if (terminal_ && ioctl(fd_, TIOCEXCL) == 0) exclusive_ = true;
 }
 
 int KVRFileDescriptor::poll(short events, int timeoutMilliseconds) const {

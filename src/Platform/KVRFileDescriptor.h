@@ -14,6 +14,8 @@ public:
     int fd() const { return fd_; }
     bool isSocket() const { return socket_; }
     bool isTerminal() const { return terminal_; }
+    /// Refuses further opens of the terminal (TIOCEXCL) until this descriptor closes.
+    void setExclusiveTerminal();
     /// poll() on the descriptor; the returned events, 0 on a time-out, -1 on an error.
     int poll(short events, int timeoutMilliseconds) const;
 
@@ -21,4 +23,5 @@ private:
     int fd_;
     bool socket_;
     bool terminal_;
+    bool exclusive_ = false;
 };

@@ -7,8 +7,15 @@
 #include "Utils/KVRStringUtil.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <fstream>
+#include <sstream>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -47,6 +54,34 @@ bool configureLine(int fd, speed_t speed) {
     return true;
 }
 
+// The process holding a lock on the device, from the kernel's own table of
+// locks (no lock file of ours that a crash could leave behind).
+std::optional<long> lockHolder(const std::string& path) {
+    struct stat st {};
+    if (stat(path.c_str(), &st) != 0) return std::nullopt;
+    std::ifstream locks("/proc/locks");
+    std::string line;
+    while (std::getline(locks, line)) {
+        std::istringstream fields(line);
+        std::string number, kind, mode, access, device;
+        long pid = 0;
+        fields >> number >> kind;
+        if (kind == "->") continue;  // a waiter, not the holder
+        fields >> mode >> access >> pid >> device;
+        unsigned deviceMajor = 0, deviceMinor = 0;
+        unsigned long inode = 0;
+        if (std::sscanf(device.c_str(), "%x:%x:%lu", &deviceMajor, &deviceMinor, &inode) != 3) continue;
+        if (inode == st.st_ino && deviceMajor == major(st.st_dev) && deviceMinor == minor(st.st_dev)) return pid;
+    }
+    return std::nullopt;
+}
+
+void logDeviceInUse(const std::string& path) {
+    auto holder = lockHolder(path);
+    KVRLoggingUtil::console(holder ? KVRStringUtil::format("the PIN pad %s is in use by process %ld", path.c_str(), *holder)
+                                   : KVRStringUtil::format("the PIN pad %s is in use by another process", path.c_str()));
+}
+
 }  // namespace
 
 KVRSerialAccessory::KVRSerialAccessory(std::string path, std::string name, std::vector<std::string> protocolStrings)
@@ -70,10 +105,17 @@ KVRAccessory::Streams KVRSerialAccessory::connectStreams(const std::string& prot
     }
     int fd = ::open(path_.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0) {
-        KVRLoggingUtil::printLog("cannot open " + path_ + ": " + std::strerror(errno));
+        if (errno == EBUSY) logDeviceInUse(path_);
+        else KVRLoggingUtil::printLog("cannot open " + path_ + ": " + std::strerror(errno));
         return {};
     }
     auto descriptor = std::make_shared<KVRFileDescriptor>(fd);
+    // One process per PIN pad: two would each take the other's replies.
+    if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        logDeviceInUse(path_);
+        return {};
+    }
+    descriptor->setExclusiveTerminal();
     if (!descriptor->isTerminal() || !configureLine(fd, *speedConstant(*rate))) {
         KVRLoggingUtil::printLog("cannot set up the serial line of " + path_);
         return {};

@@ -22,3 +22,5 @@ void KVRPinPadConnectionProvider::connectToPinpad(KVRCompletion block) {
         block(false, KVRErrors::pinpadConnectionNotFound());
     }
 }
+
+bool KVRPinPadConnectionProvider::abortCurrentCommand() { return KVRPinpadController::sharedController().abortCurrentCommand(); }

@@ -9,6 +9,8 @@
 #include "Host/KVRServiceEndpoint.h"
 #include "Utils/KVRStringUtil.h"
 
+#include <cmath>
+#include <cstdlib>
 #include <regex>
 #include <vector>
 
@@ -32,17 +34,19 @@ std::string addressText(const std::shared_ptr<KVRAddressModel>& address) {
     return line;
 }
 
-// One payment reads "à vista", otherwise the number of instalments as stored
-// (a sale paid at once is stored with 0 and reads "0": the receipt template
-// on the service's side is what shows it).
+// A single payment is stored with instalment amount 0 (and 1 would mean the
+// same); both read "à vista", anything else is the number of instalments.
 std::string instalmentText(const KVRTransactionModel& transaction) {
     int instalments = transaction.instalmentAmount();
-    return instalments == 1 ? "à vista" : KVRStringUtil::format("%i", instalments);
+    return instalments <= 1 ? "à vista" : KVRStringUtil::format("%i", instalments);
 }
 
+// The stored amount is in cents; the cardholder reads reais: 12345 is "123,45".
 std::string amountText(const KVRTransactionModel& transaction) {
-    double amount = transaction.amount() ? transaction.amount()->doubleValue() : 0;
-    return KVRStringUtil::replaceAll(KVRStringUtil::format("%.2f", amount), ".", ",");
+    long long cents = transaction.amount() ? std::llround(transaction.amount()->doubleValue()) : 0;
+    const char* sign = cents < 0 ? "-" : "";
+    cents = std::llabs(cents);
+    return KVRStringUtil::format("%s%lld,%02lld", sign, cents / 100, cents % 100);
 }
 
 std::string booleanText(bool value) { return value ? "true" : "false"; }

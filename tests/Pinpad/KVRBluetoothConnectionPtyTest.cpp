@@ -10,6 +10,7 @@
 #include "support/KVRScriptedPinpad.h"
 
 #include <any>
+#include <unistd.h>
 
 namespace {
 
@@ -86,6 +87,18 @@ TEST_F(KVRBluetoothConnectionPtyTest, SilentPinpadTimesOut) {
         EXPECT_EQ(e.name(), "PinpadTimeout");
     }
     EXPECT_TRUE(pinpad.waitForRequests(1));
+}
+
+// One process per PIN pad: a second opener is refused and told who holds it,
+// and the device is free again once the holder closes it.
+TEST_F(KVRBluetoothConnectionPtyTest, TheDeviceIsLockedWhileOpen) {
+    KVRPseudoTerminal pty;
+    ASSERT_TRUE(connect(pty));
+    KVRSerialAccessory second(pty.slavePath());
+    EXPECT_EQ(second.openSession("abecs-19200"), nullptr);
+    EXPECT_EQ(countLinesContaining("is in use by process " + std::to_string(getpid())), 1u);
+    link()->closeSession();
+    EXPECT_NE(second.openSession("abecs-19200"), nullptr);
 }
 
 TEST_F(KVRBluetoothConnectionPtyTest, HangUpIsAnEndOfStream) {

@@ -3,12 +3,18 @@
 #include <kovra/KVRException.h>
 #include <kovra/KVRNotificationCenter.h>
 
+#include <kovra/KVRPinPadConnectionProvider.h>
+
+#include "Pinpad/Commands/KVRGcrCommandRequest.h"
 #include "Pinpad/Commands/KVRGinCommandRequest.h"
 #include "Pinpad/Commands/KVRGpnCommandRequest.h"
 #include "Pinpad/Commands/KVROpnCommandRequest.h"
+#include "Pinpad/KVRAbecsFrameCodec.h"
+#include "Pinpad/KVRPinpadController.h"
 #include "support/KVRScriptedPinpad.h"
 
 #include <any>
+#include <atomic>
 #include <future>
 #include <regex>
 
@@ -61,6 +67,70 @@ TEST_F(KVRBluetoothConnectionTest, CrcIsXmodem) {
         EXPECT_EQ(KVRBluetoothConnection::calculateCrc(all.data(), n), KVRScriptedPinpad::crc16(all.data(), n));
 }
 
+// Whole packets as they travel, some captured from a real PIN pad.
+TEST(KVRAbecsFrameCodec, PacketsEncodeAndDecodeByteForByte) {
+    struct Vector {
+        std::string text;
+        Bytes packet;
+    };
+    const Vector vectors[] = {
+        {"OPN", {0x16, 0x4F, 0x50, 0x4E, 0x17, 0xA8, 0xA9}},
+        {"OPN000", {0x16, 0x4F, 0x50, 0x4E, 0x30, 0x30, 0x30, 0x17, 0x77, 0x5E}},
+        {"DSP000", {0x16, 0x44, 0x53, 0x50, 0x30, 0x30, 0x30, 0x17, 0x39, 0x63}},
+        {"DSP032Cartao Credito  Aguarde...      ",
+         {0x16, 0x44, 0x53, 0x50, 0x30, 0x33, 0x32, 0x43, 0x61, 0x72, 0x74, 0x61, 0x6F, 0x20, 0x43, 0x72, 0x65,
+          0x64, 0x69, 0x74, 0x6F, 0x20, 0x20, 0x41, 0x67, 0x75, 0x61, 0x72, 0x64, 0x65, 0x2E, 0x2E, 0x2E, 0x20,
+          0x20, 0x20, 0x20, 0x20, 0x20, 0x17, 0x50, 0x25}},
+        {"DSP032    OPERA\xC7\xC3O       FINALIZADA   ",
+         {0x16, 0x44, 0x53, 0x50, 0x30, 0x33, 0x32, 0x20, 0x20, 0x20, 0x20, 0x4F, 0x50, 0x45, 0x52, 0x41, 0xC7,
+          0xC3, 0x4F, 0x20, 0x20, 0x20, 0x20, 0x20, 0x20, 0x20, 0x46, 0x49, 0x4E, 0x41, 0x4C, 0x49, 0x5A, 0x41,
+          0x44, 0x41, 0x20, 0x20, 0x20, 0x17, 0x52, 0x13}},
+        {"NTM000032SELECIONADO:    CREDITO         ",
+         {0x16, 0x4E, 0x54, 0x4D, 0x30, 0x30, 0x30, 0x30, 0x33, 0x32, 0x53, 0x45, 0x4C, 0x45, 0x43, 0x49, 0x4F,
+          0x4E, 0x41, 0x44, 0x4F, 0x3A, 0x20, 0x20, 0x20, 0x20, 0x43, 0x52, 0x45, 0x44, 0x49, 0x54, 0x4F, 0x20,
+          0x20, 0x20, 0x20, 0x20, 0x20, 0x20, 0x20, 0x20, 0x17, 0xFE, 0xDC}},
+    };
+    for (bool stuffing : {false, true}) {
+        for (const auto& v : vectors) {
+            SCOPED_TRACE(v.text + (stuffing ? " stuffed" : ""));
+            // None of these texts holds a byte that needs stuffing.
+            EXPECT_EQ(KVRAbecsFrameCodec::encode(v.text, stuffing), v.packet);
+            KVRAbecsFrameCodec decoder(stuffing);
+            std::vector<KVRAbecsFrameCodec::Event> events;
+            for (uint8_t byte : Bytes{0x06}) events.push_back(decoder.feed(byte));  // the ACK ahead of it
+            for (uint8_t byte : v.packet) events.push_back(decoder.feed(byte));
+            EXPECT_EQ(events.front().kind, KVRAbecsFrameCodec::Event::Kind::Byte);
+            ASSERT_EQ(events.back().kind, KVRAbecsFrameCodec::Event::Kind::Frame);
+            EXPECT_EQ(events.back().text, v.text);
+            EXPECT_TRUE(events.back().crcMatches);
+        }
+    }
+    KVRAbecsFrameCodec decoder;
+    KVRAbecsFrameCodec::Event last;
+    for (uint8_t byte : Bytes{0x16, 0x4F, 0x50, 0x4E, 0x17, 0x00, 0x00}) last = decoder.feed(byte);
+    EXPECT_EQ(last.text, "OPN");
+    EXPECT_FALSE(last.crcMatches);
+}
+
+TEST(KVRAbecsFrameCodec, StuffingAndLengthLimit) {
+    const std::string text = "ABC\x13\x16\x17Z";
+    Bytes stuffed = KVRAbecsFrameCodec::encode(text, true);
+    Bytes plain = KVRAbecsFrameCodec::encode(text, false);
+    EXPECT_EQ(Bytes(stuffed.begin() + 4, stuffed.end() - 3), (Bytes{0x13, 0x33, 0x13, 0x36, 0x13, 0x37, 'Z'}));
+    EXPECT_EQ(Bytes(stuffed.end() - 2, stuffed.end()), Bytes(plain.end() - 2, plain.end()));  // CRC of the original bytes
+    KVRAbecsFrameCodec decoder(true);
+    KVRAbecsFrameCodec::Event last;
+    for (uint8_t byte : stuffed) last = decoder.feed(byte);
+    EXPECT_EQ(last.text, text);
+    EXPECT_TRUE(last.crcMatches);
+
+    for (size_t length : {size_t{1024}, size_t{1025}}) {
+        for (uint8_t byte : KVRAbecsFrameCodec::encode(std::string(length, 'x'), true)) last = decoder.feed(byte);
+        EXPECT_EQ(last.kind, length <= 1024 ? KVRAbecsFrameCodec::Event::Kind::Frame
+                                            : KVRAbecsFrameCodec::Event::Kind::Overlong);
+    }
+}
+
 TEST_F(KVRBluetoothConnectionTest, RequestsGoOutAsFrames) {
     KVRScriptedPinpad pinpad;
     ASSERT_TRUE(pinpad.connectSharedLink());
@@ -79,17 +149,40 @@ TEST_F(KVRBluetoothConnectionTest, RequestsGoOutAsFrames) {
     EXPECT_EQ(linesStartingWith("--------- "), (Texts{"--------- OPN000", "--------- GIN000"}));
 }
 
-TEST_F(KVRBluetoothConnectionTest, NotificationsAreDivertedUntilTheReply) {
-    KVRScriptedPinpad pinpad([](const std::string&) {
-        return Texts{"NTM000013INSIRA CARTAO  ", "NTM000016  PROCESSANDO   ", "GCR010"};
-    });
-    ASSERT_TRUE(pinpad.connectSharedLink());
-    NotificationRecorder notes;
-    KVROpnCommandRequest request;
-    EXPECT_EQ(exchange(*link(), request), "GCR010");
-    EXPECT_EQ(notes.texts, (Texts{"INSIRA CARTAO", "  PROCESSANDO"}));
-    EXPECT_EQ(linesStartingWith("--------- "),
-              (Texts{"--------- NTM000013INSIRA CARTAO  ", "--------- NTM000016  PROCESSANDO   ", "--------- GCR010"}));
+// The byte order of a real PIN pad (one ACK, notifications, the reply),
+// with a stale reply of another command ahead of them, on both links.
+TEST_F(KVRBluetoothConnectionTest, NotificationsAndStaleRepliesAreSetAsideUntilTheReply) {
+    KVRScriptedPinpadOptions plain, abecs;
+    plain.acknowledgeOnce = true;
+    abecs.abecs = true;
+    for (const auto& options : {plain, abecs}) {
+        SCOPED_TRACE(options.abecs ? "abecs" : "default link");
+        KVRBluetoothConnection::resetSharedController();
+        KVRApplicationInfo::setValue("Kovra Pinpad Link", options.abecs ? "abecs" : "spec");
+        KVRScriptedPinpad pinpad(
+            [](const std::string&) {
+                return Texts{"GIN000", "NTM000032SELECIONADO:    CREDITO         ", "NTM000016    OPERA\xC7\xC3O    ",
+                             "GCR010"};
+            },
+            options);
+        ASSERT_TRUE(pinpad.connectSharedLink());
+        clearLog();
+        NotificationRecorder notes;
+        KVRGcrCommandRequest request;
+        request.tabver = "1";
+        EXPECT_EQ(exchange(*link(), request), "GCR010");
+        EXPECT_EQ(notes.texts, (Texts{"SELECIONADO:    CREDITO", "    OPERAÇÃO"}));
+        EXPECT_EQ(linesStartingWith("--------- "),
+                  (Texts{"--------- dropped GIN000 while waiting for GCR",
+                         "--------- NTM000032SELECIONADO:    CREDITO         ",
+                         "--------- NTM000016    OPERAÇÃO    ", "--------- GCR010"}));
+        // A late frame sent between commands is not the next reply.
+        pinpad.setHandler(KVRScriptedPinpad::okHandler());
+        pinpad.send({"DSP000"});
+        std::this_thread::sleep_for(20ms);
+        KVRGinCommandRequest gin;
+        EXPECT_EQ(exchange(*link(), gin), "GIN000");
+    }
 }
 
 TEST_F(KVRBluetoothConnectionTest, TolerantOfHowThePinpadWrites) {
@@ -118,34 +211,12 @@ TEST_F(KVRBluetoothConnectionTest, TolerantOfHowThePinpadWrites) {
     }
 }
 
-TEST_F(KVRBluetoothConnectionTest, FramesOfOneReadAreKeptForTheNextRead) {
-    KVRApplicationInfo::setValue("Kovra Pinpad Read Timeout", 2.0);
-    KVRScriptedPinpadOptions together;
-    together.oneWritePerAnswer = true;
-    KVRScriptedPinpad pinpad([](const std::string&) { return Texts{"OPN000", "NTM000002HI", "DSP000"}; }, together);
+TEST_F(KVRBluetoothConnectionTest, OverlongFramesAreDroppedAndTheNextFrameStillReads) {
+    KVRScriptedPinpad pinpad([](const std::string&) { return Texts{"OPN000" + std::string(5000, 'x'), "OPN000"}; });
     ASSERT_TRUE(pinpad.connectSharedLink());
-    NotificationRecorder notes;
     KVROpnCommandRequest opn;
     EXPECT_EQ(exchange(*link(), opn), "OPN000");
-    // With the PIN pad gone, only bytes already read can make the next reply.
-    pinpad.accessory()->disconnect();
-    EXPECT_EQ(std::string(link()->readMessage()), "DSP000");
-    EXPECT_EQ(notes.texts, (Texts{"HI"}));
-}
-
-TEST_F(KVRBluetoothConnectionTest, OverlongRepliesAreCutAtTheBufferAndTheNextFrameStillReads) {
-    KVRScriptedPinpad pinpad([](const std::string& r) {
-        if (r.rfind("OPN", 0) == 0) return Texts{"OPN000" + std::string(5000, 'x')};
-        return Texts{"GIN000"};
-    });
-    ASSERT_TRUE(pinpad.connectSharedLink());
-    KVROpnCommandRequest opn;
-    std::string reply = exchange(*link(), opn);
-    EXPECT_EQ(reply.size(), 1023u);
-    EXPECT_EQ(reply.substr(0, 9), "OPN000xxx");
-    EXPECT_EQ(link()->readBytesAvailable(), 1024u);  // what was kept, and the ETB
-    KVRGinCommandRequest gin;
-    EXPECT_EQ(exchange(*link(), gin), "GIN000");
+    EXPECT_EQ(countLinesContaining("dropped a frame longer than 1024 bytes"), 1u);
 }
 
 TEST_F(KVRBluetoothConnectionTest, PartialWritesAreCompletedWhileWaitingForTheReply) {
@@ -169,11 +240,117 @@ TEST_F(KVRBluetoothConnectionTest, WritePauseIsHonouredAndSkippedAtZero) {
     EXPECT_GE(std::chrono::steady_clock::now() - start, 50ms);
     link()->readMessage();
 
-    KVRApplicationInfo::setValue("Kovra Pinpad Write Pause", 0.0);
-    start = std::chrono::steady_clock::now();
-    for (int i = 0; i < 5; ++i) link()->sendRequest(opn);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 50ms);
-    for (int i = 0; i < 5; ++i) EXPECT_EQ(std::string(link()->readMessage()), "OPN000");
+    // No pause at 0, nor by default on the ABECS link, where the ACK paces the line.
+    for (bool abecs : {false, true}) {
+        if (abecs) {
+            KVRApplicationInfo::removeValue("Kovra Pinpad Write Pause");
+            KVRApplicationInfo::setValue("Kovra Pinpad Link", "abecs");
+            KVRScriptedPinpadOptions options;
+            options.abecs = true;
+            pinpad.setOptions(options);
+        } else {
+            KVRApplicationInfo::setValue("Kovra Pinpad Write Pause", 0.0);
+        }
+        std::chrono::steady_clock::duration sending{};
+        for (int i = 0; i < 5; ++i) {
+            start = std::chrono::steady_clock::now();
+            link()->sendRequest(opn);
+            sending += std::chrono::steady_clock::now() - start;
+            EXPECT_EQ(std::string(link()->readMessage()), "OPN000");
+        }
+        EXPECT_LT(sending, 200ms) << (abecs ? "abecs" : "default link");
+    }
+}
+
+TEST_F(KVRBluetoothConnectionTest, AbecsLinkResendsOnNakAndNaksDamagedReplies) {
+    KVRApplicationInfo::setValue("Kovra Pinpad Link", "abecs");
+    struct Case {
+        const char* name;
+        int nakFirstCopies;
+        int damagedReplies;
+        bool succeeds;
+        size_t copiesSent;
+        size_t naksSent;
+    };
+    const Case cases[] = {
+        {"clean", 0, 0, true, 1, 0},
+        {"two NAKs", 2, 0, true, 3, 0},
+        {"three NAKs", 3, 0, false, 3, 0},
+        {"three damaged replies", 0, 3, true, 1, 3},
+        {"four damaged replies", 0, 4, false, 1, 3},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        KVRBluetoothConnection::resetSharedController();
+        KVRScriptedPinpadOptions options;
+        options.abecs = true;
+        options.nakFirstCopies = c.nakFirstCopies;
+        options.damagedReplies = c.damagedReplies;
+        // Bytes that must be stuffed, in the reply.
+        KVRScriptedPinpad pinpad([](const std::string& r) { return Texts{r.substr(0, 3) + "000\x13\x16\x17"}; }, options);
+        ASSERT_TRUE(pinpad.connectSharedLink());
+        KVROpnCommandRequest opn;
+        auto e = raised([&] { EXPECT_EQ(exchange(*link(), opn), "OPN000\x13\x16\x17"); });
+        EXPECT_EQ(e.has_value(), !c.succeeds);
+        if (e) EXPECT_EQ(e->name(), "PinpadTimeout");
+        EXPECT_EQ(pinpad.requests(), Texts(c.copiesSent, "OPN000"));
+        Bytes received = pinpad.receivedBytes();
+        ASSERT_FALSE(received.empty());
+        EXPECT_EQ(received.front(), 0x18) << "a session starts with CAN";
+        EXPECT_EQ(static_cast<size_t>(std::count(received.begin(), received.end(), 0x15)), c.naksSent);
+    }
+}
+
+// The read time-out bounds the whole reply, even on a line that never stops
+// sending noise.
+TEST_F(KVRBluetoothConnectionTest, NoisyLineTimesOutAtTheDeadline) {
+    KVRApplicationInfo::setValue("Kovra Pinpad Read Timeout", 0.3);
+    KVRScriptedPinpad pinpad([](const std::string&) { return Texts{}; });
+    ASSERT_TRUE(pinpad.connectSharedLink());
+    std::atomic<bool> stop{false};
+    std::thread noise([&] {
+        while (!stop) {
+            pinpad.sendRaw({0x16, 'x', 'y'});
+            std::this_thread::sleep_for(10ms);
+        }
+    });
+    KVRGcrCommandRequest gcr;
+    gcr.tabver = "1";
+    auto start = std::chrono::steady_clock::now();
+    auto e = raised([&] { exchange(*link(), gcr); });
+    auto waited = std::chrono::steady_clock::now() - start;
+    stop = true;
+    noise.join();
+    ASSERT_TRUE(e.has_value());
+    EXPECT_EQ(e->name(), "PinpadTimeout");
+    EXPECT_LT(waited, 2s);
+}
+
+TEST_F(KVRBluetoothConnectionTest, AbortEndsTheCommandAsCancelledOnBothLinks) {
+    EXPECT_FALSE(KVRPinPadConnectionProvider::abortCurrentCommand()) << "nothing in flight";
+    for (bool abecs : {false, true}) {
+        SCOPED_TRACE(abecs ? "abecs" : "default link");
+        KVRBluetoothConnection::resetSharedController();
+        KVRApplicationInfo::setValue("Kovra Pinpad Link", abecs ? "abecs" : "spec");
+        KVRScriptedPinpadOptions options;
+        options.abecs = abecs;
+        // The card read waits for a card that never comes.
+        KVRScriptedPinpad pinpad([](const std::string& r) { return r.rfind("GCR", 0) == 0 ? Texts{} : Texts{"GIN000"}; },
+                                 options);
+        ASSERT_TRUE(pinpad.connectSharedLink());
+        KVRPinpadController::sharedController().setConnection(link());
+        KVRGcrCommandRequest gcr;
+        gcr.tabver = "1";
+        auto reading = std::async(std::launch::async, [&] { return exchange(*link(), gcr); });
+        ASSERT_TRUE(pinpad.waitForRequests(1));
+        EXPECT_TRUE(KVRPinPadConnectionProvider::abortCurrentCommand());
+        EXPECT_EQ(reading.get(), "GCR013");
+        Bytes received = pinpad.receivedBytes();
+        EXPECT_EQ(received.back(), 0x18);
+        KVRGinCommandRequest gin;
+        EXPECT_EQ(exchange(*link(), gin), "GIN000") << "the link goes on after an abort";
+        KVRPinpadController::sharedController().setConnection(nullptr);
+    }
 }
 
 TEST_F(KVRBluetoothConnectionTest, SilentPinpadTimesOutAndItsLateReplyIsDropped) {
@@ -282,8 +459,8 @@ std::string cardReadReply() {
 
 TEST_F(KVRBluetoothConnectionTest, CardDataIsMaskedInTheTrafficLinesUnlessAllowed) {
     std::string gcr = cardReadReply();
-    std::string goc = "GOC000080" "000001" "0123456789ABCDEF" "FFFF9876543210E00001" "000" "000";
-    KVRScriptedPinpad pinpad([&](const std::string& r) { return Texts{r.rfind("GPN", 0) == 0 ? goc : gcr}; });
+    std::string pin = "GPN000036" "0123456789ABCDEF" "FFFF9876543210E00001";
+    KVRScriptedPinpad pinpad([&](const std::string& r) { return Texts{r.rfind("GPN", 0) == 0 ? pin : gcr}; });
     ASSERT_TRUE(pinpad.connectSharedLink());
     KVRGpnCommandRequest gpn;
     gpn.method = 3;
@@ -293,9 +470,10 @@ TEST_F(KVRBluetoothConnectionTest, CardDataIsMaskedInTheTrafficLinesUnlessAllowe
     for (bool allowed : {false, true}) {
         SCOPED_TRACE(allowed ? "allowed" : "masked");
         KVRApplicationInfo::setValue("Kovra Log Card Data", allowed);
-        KVROpnCommandRequest opn;
-        EXPECT_EQ(exchange(*link(), opn), gcr);  // the reply itself is never masked
-        EXPECT_EQ(exchange(*link(), gpn), goc);
+        KVRGcrCommandRequest read;
+        read.tabver = "1";
+        EXPECT_EQ(exchange(*link(), read), gcr);  // the reply itself is never masked
+        EXPECT_EQ(exchange(*link(), gpn), pin);
         auto sent = linesStartingWith("+++++++++ ");
         auto received = linesStartingWith("--------- ");
         std::string all;
@@ -304,7 +482,7 @@ TEST_F(KVRBluetoothConnectionTest, CardDataIsMaskedInTheTrafficLinesUnlessAllowe
         bool leaks = all.find("411111111111") != std::string::npos || all.find("CLIENTE") != std::string::npos ||
                      all.find("0123456789ABCDEF") != std::string::npos || all.find("FFFF9876543210E00001") != std::string::npos;
         EXPECT_EQ(leaks, allowed) << all;
-        EXPECT_EQ(received.back().size(), goc.size() + 10);
+        EXPECT_EQ(received.back().size(), pin.size() + 10);
         EXPECT_NE(all.find("1111"), std::string::npos);
         if (!allowed) EXPECT_NE(received.back().find("****************"), std::string::npos);
         clearLog();

@@ -89,9 +89,9 @@ TEST_F(CommandControllerTest, FixedRequestsCarryTheLibrarysValues) {
         "GIN00200",
         "TLI012" "00" "2014053065",
         "TLE000",
-        "GOC086" + gocBlock + "026" + kTags + "000",
-        "FNC010" "0" "0" "00" "000" "000" "026" + kTags,
-        "FNC034" "0" "0" "05" "012" "910A0102030405060708090A" "000" "026" + kTags,
+        "GOC086" + gocBlock + "055" "026" + kTags + "003" "000",
+        "FNC010" "0" "0" "00" "000" "000" "055" "026" + kTags,
+        "FNC034" "0" "0" "05" "012" "910A0102030405060708090A" "000" "055" "026" + kTags,
     };
     EXPECT_EQ(pinpad_.requests(), expected);
     EXPECT_EQ(commands.ginResponse(), information);
@@ -300,7 +300,7 @@ TEST_F(CommandControllerTest, ServiceCodeDigitTests) {
 
 // ---- Display ----
 
-TEST_F(CommandControllerTest, DisplayTextsAreSentLiterally) {
+TEST_F(CommandControllerTest, DisplayTextsAreSentLiterallyInLatin1) {
     struct Row {
         std::string text;
         std::string shown;
@@ -310,8 +310,9 @@ TEST_F(CommandControllerTest, DisplayTextsAreSentLiterally) {
         {"%s%n%d %x %", "%s%n%d %x %"},
         {"50%", "50%"},
         {"%%%", "%%"},
-        {"Transação não autorizada", "Transacao nao autorizada"},
-        {"ÁÉÍÓÚ àâêô ÇÑ nº", "AEIOU aaeo CN no"},
+        // Latin-1 on the wire; the limit counts characters, not UTF-8 bytes.
+        {"    OPERAÇÃO       FINALIZADA   ", "    OPERA\xC7\xC3O       FINALIZADA   "},
+        {"ÁÉÍÓÚ àâêô ÇÑ nº", "\xC1\xC9\xCD\xD3\xDA \xE0\xE2\xEA\xF4 \xC7\xD1 n\xBA"},
         {"tab\there €5", "tab here ?5"},
         {"", ""},
     };

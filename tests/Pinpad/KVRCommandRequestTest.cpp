@@ -123,7 +123,7 @@ TEST(KVRCommandRequest, ChipProcessingWithTheControllersValues) {
     goc.tags1 = kTags;
     std::string block1 = "000000001000" "000000000000" "0" "1" "0" "3" "16" + kNoKey + "0" "00000000" "00" "00000000" "00" "000";
     ASSERT_EQ(block1.size(), 86u);
-    EXPECT_EQ(textOf(goc), "GOC086" + block1 + "026" + kTags + "000");
+    EXPECT_EQ(textOf(goc), "GOC086" + block1 + "055" "026" + kTags + "003" "000");
 }
 
 TEST(KVRCommandRequest, ChipProcessingCarriesAcquirerDataByIndex) {
@@ -136,14 +136,14 @@ TEST(KVRCommandRequest, ChipProcessingCarriesAcquirerDataByIndex) {
     std::string text = textOf(goc);
     EXPECT_EQ(text.substr(3, 3), "089");
     EXPECT_EQ(text.substr(6 + 83, 6), "003ABC");
-    EXPECT_EQ(text.substr(text.size() - 9), "000000071");
+    EXPECT_EQ(text.substr(text.size() - 15), "003000003000071");
 
     goc.acqidx = 2;
     goc.acqpr = std::string(26, 'P');
     goc.acqprPin = std::string(32, 'K');
     text = textOf(goc);
     EXPECT_EQ(text.substr(3, 3), "112");
-    EXPECT_EQ(text.substr(text.size() - 38), "000000" + std::string(32, 'K'));
+    EXPECT_EQ(text.substr(text.size() - 44), "003000003000" + std::string(32, 'K'));
 
     goc.acqidx = 8;  // this library's index carries no acquirer data
     EXPECT_THROW(textOf(goc), KVRException);
@@ -156,12 +156,18 @@ TEST(KVRCommandRequest, FinishCarriesTheHostAnswer) {
     KVRFncCommandRequest fnc;
     fnc.authorizationResponseCode = "00";
     fnc.tags = kTags;
-    EXPECT_EQ(textOf(fnc), "FNC010" "0000000000" "026" + kTags);
+    EXPECT_EQ(textOf(fnc), "FNC010" "0000000000" "055" "026" + kTags);
 
     fnc.communicationStatus = 1;
     fnc.authorizationResponseCode = "05";
     fnc.issuerDataEmv = "910A1122334455667788990012";  // 13 bytes
-    EXPECT_EQ(textOf(fnc), "FNC036" "1005013910A1122334455667788990012000" "026" + kTags);
+    EXPECT_EQ(textOf(fnc), "FNC036" "1005013910A1122334455667788990012000" "055" "026" + kTags);
+
+    // The longest issuer data allowed still makes a whole frame; a byte more does not.
+    fnc.issuerDataEmv = std::string(KVRFncCommandRequest::kMaximumIssuerDataLength, 'A');
+    EXPECT_EQ(textOf(fnc).size(), 1022u);
+    fnc.issuerDataEmv += "AA";
+    EXPECT_THROW(textOf(fnc), KVRException);
 
     fnc.authorizationResponseCode = "5";
     EXPECT_THROW(textOf(fnc), KVRException);

@@ -8,6 +8,7 @@
 #include "support/KVRTempDirectory.h"
 #include "support/KVRTestEnvironment.h"
 
+#include <cstdlib>
 #include <fstream>
 #include <regex>
 
@@ -69,6 +70,20 @@ TEST_F(ApplicationInfoTest, DebugLogPrintsOnlyWhenSwitchedOnConsoleAlways) {
     KVRLoggingUtil::printLog("shown");
     EXPECT_EQ(lines, (std::vector<std::string>{"always", "shown"}));
     EXPECT_FALSE(KVRLoggingUtil::logsCardData());
+
+    // Without a sink the lines go to the system log, not onto the
+    // application's standard error, unless KOVRA_LOG asks for that.
+    KVRLoggingUtil::setSink({});
+    for (const char* destination : {"syslog", "stderr"}) {
+        ::setenv("KOVRA_LOG", destination, 1);
+        ::testing::internal::CaptureStderr();
+        KVRLoggingUtil::console("+++++++++ GIN00200");
+        KVRLoggingUtil::printLog("debug line");
+        std::string printed = ::testing::internal::GetCapturedStderr();
+        EXPECT_EQ(printed, std::string(destination) == "stderr" ? "+++++++++ GIN00200\ndebug line\n" : "")
+            << destination;
+    }
+    ::unsetenv("KOVRA_LOG");
 }
 
 TEST_F(ApplicationInfoTest, DirectoriesAreCreatedOnFirstUseAndVendorIdIsKept) {

@@ -72,7 +72,7 @@ TEST_F(PinpadProvidersTest, DisplayLimitCountsCharactersNotBytes) {
     } rows[] = {
         {repeat("A", 32), true, repeat("A", 32)},
         {repeat("A", 33), false, ""},
-        {repeat("ç", 32), true, repeat("c", 32)},
+        {repeat("ç", 32), true, repeat("\xE7", 32)},  // Latin-1 on the wire
         {repeat("ç", 33), false, ""},
         {"PAGAMENTO 100%%", true, "PAGAMENTO 100%"},
     };

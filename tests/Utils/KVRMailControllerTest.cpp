@@ -36,7 +36,7 @@ protected:
         transaction->setType(0);
         transaction->setInstalmentAmount(3);
         transaction->setInstalmentType(1);
-        transaction->setAmount(KVRNumber(1234.5));
+        transaction->setAmount(KVRNumber(123450LL));
         transaction->setAid("A0000000031010");
         transaction->setArqc("1122334455667788");
         transaction->setAuthorisationCode("123456");
@@ -100,10 +100,12 @@ TEST_F(MailControllerTest, InstalmentsAmountsAndMissingValues) {
         const char* amountText;
         const char* displayAid;
     } rows[] = {
-        {1, 1, KVRNumber(1000LL), std::nullopt, false, "Visa - Débito à vista", "1000,00", "false"},
-        {0, 0, KVRNumber(10LL), std::string(""), false, "Visa - Crédito 0", "10,00", "false"},
-        {0, 2, KVRNumber(99.999), std::nullopt, false, "Visa - Crédito 2", "100,00", "false"},
-        {0, 12, KVRNumber(10.5), std::string("A0000000041010"), true, "Visa - Crédito 12", "10,50", "true"},
+        // Amounts are stored in cents and read in reais.
+        {1, 1, KVRNumber(1000LL), std::nullopt, false, "Visa - Débito à vista", "10,00", "false"},
+        {0, 0, KVRNumber(10LL), std::string(""), false, "Visa - Crédito à vista", "0,10", "false"},
+        {0, 2, KVRNumber(12345LL), std::nullopt, false, "Visa - Crédito 2", "123,45", "false"},
+        {0, 12, KVRNumber(100000000005LL), std::string("A0000000041010"), true, "Visa - Crédito 12", "1000000000,05",
+         "true"},
     };
     for (const auto& row : rows) {
         auto transaction = soldTransaction();

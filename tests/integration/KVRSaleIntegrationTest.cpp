@@ -154,7 +154,7 @@ TEST_F(SaleIntegrationTest, ChipVisaApprovedThenCancelledAndBothReceiptsMailed) 
     auto outbox = emulators_->outbox();
     ASSERT_EQ(outbox.size(), 2u);
     nlohmann::json parameters = {
-        {"card_brand", "Visa - Crédito 0"},
+        {"card_brand", "Visa - Crédito à vista"},
         {"company_name", "Padaria Pão Quente Ltda"},
         {"company_address", "Rua Augusta, 1500, Loja 2, Consolação, SP, São Paulo, 01304-001"},
         {"company_tax_document_number", "12.345.678/0001-95"},
@@ -165,7 +165,7 @@ TEST_F(SaleIntegrationTest, ChipVisaApprovedThenCancelledAndBothReceiptsMailed) 
         {"client_masked_card_number", "**** **** **** 0010"},
         {"transaction_date", sale->dateString().substr(0, 10)},
         {"transaction_time", sale->dateString().substr(13, 5)},
-        {"transaction_amount", "1000,00"},
+        {"transaction_amount", "10,00"},
         {"display_aid_arqc", "true"},
         {"display_company_information", "true"},
     };

@@ -3,8 +3,13 @@
 #include "Pinpad/KVRBluetoothConnection.h"
 
 namespace {
+constexpr uint8_t kEot = 0x04;
+constexpr uint8_t kAck = 0x06;
+constexpr uint8_t kDc3 = 0x13;
+constexpr uint8_t kNak = 0x15;
 constexpr uint8_t kSyn = 0x16;
 constexpr uint8_t kEtb = 0x17;
+constexpr uint8_t kCan = 0x18;
 constexpr auto kPollSlice = std::chrono::milliseconds(20);
 }  // namespace
 
@@ -79,7 +84,7 @@ uint16_t KVRScriptedPinpad::crc16(const uint8_t* bytes, size_t length) {
     return crc;
 }
 
-std::vector<uint8_t> KVRScriptedPinpad::frame(const std::string& text, bool wrongCrc, bool straySyn) {
+std::vector<uint8_t> KVRScriptedPinpad::frame(const std::string& text, bool wrongCrc, bool straySyn, bool stuffed) {
     std::vector<uint8_t> payload(text.begin(), text.end());
     payload.push_back(kEtb);
     uint16_t crc = crc16(payload.data(), payload.size());
@@ -89,7 +94,13 @@ std::vector<uint8_t> KVRScriptedPinpad::frame(const std::string& text, bool wron
     bytes.push_back(kSyn);
     for (size_t i = 0; i < payload.size(); ++i) {
         if (straySyn && i == text.size() / 2) bytes.push_back(kSyn);
-        bytes.push_back(payload[i]);
+        uint8_t byte = payload[i];
+        if (stuffed && i < text.size() && (byte == kDc3 || byte == kSyn || byte == kEtb)) {
+            bytes.push_back(kDc3);
+            bytes.push_back(static_cast<uint8_t>(byte + 0x20));
+        } else {
+            bytes.push_back(byte);
+        }
     }
     bytes.push_back(static_cast<uint8_t>(crc >> 8));
     bytes.push_back(static_cast<uint8_t>(crc & 0xFF));
@@ -115,16 +126,30 @@ void KVRScriptedPinpad::run() {
 }
 
 void KVRScriptedPinpad::consume(uint8_t byte) {
+    Options options;
+    {
+        std::lock_guard lock(mutex_);
+        options = options_;
+    }
     switch (state_) {
     case State::Idle:
         if (byte == kSyn) {
             text_.clear();
             state_ = State::Text;
+        } else if (byte == kCan) {
+            writeAll({kEot});
+        } else if (byte == kNak && options.abecs && !lastReply_.empty()) {
+            send({lastReply_});
         }
         break;
     case State::Text:
         if (byte == kEtb) state_ = State::CrcHigh;
+        else if (options.abecs && byte == kDc3) state_ = State::Escape;
         else text_.push_back(static_cast<char>(byte));
+        break;
+    case State::Escape:
+        text_.push_back(static_cast<char>(byte - 0x20));
+        state_ = State::Text;
         break;
     case State::CrcHigh:
         crcReceived_ = static_cast<uint16_t>(byte << 8);
@@ -142,6 +167,16 @@ void KVRScriptedPinpad::consume(uint8_t byte) {
             if (!crcMatches) ++badCrcs_;
         }
         changed_.notify_all();
+        if (options.abecs) {
+            copiesSeen_ = text_ == lastRequest_ ? copiesSeen_ + 1 : 1;
+            lastRequest_ = text_;
+            if (!crcMatches || copiesSeen_ <= options.nakFirstCopies) {
+                writeAll({kNak});
+                break;
+            }
+            damagedLeft_ = options.damagedReplies;
+        }
+        if (options.abecs || options.acknowledgeOnce) writeAll({kAck});
         answer(text_);
         break;
     }
@@ -163,10 +198,19 @@ void KVRScriptedPinpad::send(const std::vector<std::string>& texts) {
         std::lock_guard lock(mutex_);
         options = options_;
     }
+    bool acknowledgeOnce = options.abecs || options.acknowledgeOnce;
     std::vector<uint8_t> pending;
     for (const auto& text : texts) {
-        pending.push_back(options.acknowledgement);
-        auto bytes = frame(text, options.wrongCrc, options.straySyn);
+        if (!acknowledgeOnce) pending.push_back(options.acknowledgement);
+        bool damaged = options.wrongCrc;
+        if (options.abecs && text.rfind("NTM", 0) != 0) {
+            lastReply_ = text;
+            if (damagedLeft_ > 0) {
+                damaged = true;
+                --damagedLeft_;
+            }
+        }
+        auto bytes = frame(text, damaged, options.straySyn, options.abecs);
         pending.insert(pending.end(), bytes.begin(), bytes.end());
         if (options.oneWritePerAnswer) continue;
         if (options.splitWrites) {

@@ -27,13 +27,24 @@ struct KVRScriptedPinpadOptions {
     bool wrongCrc = false;
     /// All frames of one answer in a single write.
     bool oneWritePerAnswer = false;
+    /// The byte order of a real PIN pad: one acknowledgement after the
+    /// command, then the notifications and the reply with none between them.
+    bool acknowledgeOnce = false;
+    /// An ABECS PIN pad: DC3 stuffing both ways, NAK for a request with a
+    /// bad CRC (not answered), the last reply again on NAK; implies acknowledgeOnce.
+    bool abecs = false;
+    /// ABECS: NAKs the first copies of every request.
+    int nakFirstCopies = 0;
+    /// ABECS: the first copies of every reply carry a bad CRC.
+    int damagedReplies = 0;
 };
 
 /// A PIN pad for tests. On its own thread it reads request frames, records
 /// their texts and answers each with the texts its handler returns: every
 /// text goes out as acknowledgement byte + frame (notifications first, reply
-/// last). An empty answer leaves the PIN pad silent. Its frame code is its
-/// own, so a fault in the library's framing is not mirrored here.
+/// last). An empty answer leaves the PIN pad silent. CAN is answered EOT in
+/// any state. Its frame code is its own, so a fault in the library's framing
+/// is not mirrored here.
 class KVRScriptedPinpad {
 public:
     using Handler = std::function<std::vector<std::string>(const std::string& request)>;
@@ -72,8 +83,9 @@ public:
     void send(const std::vector<std::string>& texts);
     void sendRaw(const std::vector<uint8_t>& bytes);
 
-    /// ACK-less frame bytes: SYN, text, ETB, CRC high and low.
-    static std::vector<uint8_t> frame(const std::string& text, bool wrongCrc = false, bool straySyn = false);
+    /// ACK-less frame bytes: SYN, text (stuffed when asked), ETB, CRC high and low.
+    static std::vector<uint8_t> frame(const std::string& text, bool wrongCrc = false, bool straySyn = false,
+                                      bool stuffed = false);
     static uint16_t crc16(const uint8_t* bytes, size_t length);
 
 private:
@@ -95,9 +107,13 @@ private:
     size_t badCrcs_ = 0;
 
     // Frame parser state (PIN pad thread only).
-    enum class State { Idle, Text, CrcHigh, CrcLow } state_ = State::Idle;
+    enum class State { Idle, Text, Escape, CrcHigh, CrcLow } state_ = State::Idle;
     std::string text_;
     uint16_t crcReceived_ = 0;
+    int copiesSeen_ = 0;
+    std::string lastRequest_;
+    std::string lastReply_;
+    int damagedLeft_ = 0;
 
     std::mutex writeMutex_;
     std::atomic<bool> stop_{false};

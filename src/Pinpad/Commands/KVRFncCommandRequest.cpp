@@ -19,6 +19,9 @@ void KVRFncCommandRequest::getCommand(char* buffer) {
     b.appendInt(0, 3);
     b.stopCommandBlock();
 
+    // The tags are a block of their own: "055" "026" + 52 characters.
+    b.startCommandBlock();
     b.appendInt(static_cast<int32_t>(tags.size() / 2), 3);
     b.appendString(tags, static_cast<int>(tags.size()));
+    b.stopCommandBlock();
 }

@@ -18,10 +18,10 @@ public:
     /// EMV tags to return, as hexadecimal text.
     std::string tags;
 
-    /// The longest issuer data a frame can carry: 1024 characters of command
-    /// text, less "FNC", block 1's length and fixed fields (13) and the tag
-    /// block (58).
-    static constexpr size_t kMaximumIssuerDataLength = 950;
+    /// The longest issuer data a frame can carry: 1023 characters of command
+    /// text, less "FNC" and block 1's length (6), block 1's fixed fields (10)
+    /// and the tag block with its length (58), rounded down to whole bytes.
+    static constexpr size_t kMaximumIssuerDataLength = 948;
 
     /// Issuer data the PIN pad can be given: whole bytes of hexadecimal text
     /// that fit the frame (empty included).

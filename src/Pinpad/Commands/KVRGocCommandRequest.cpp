@@ -1,9 +1,13 @@
 #include "Pinpad/Commands/KVRGocCommandRequest.h"
 
 namespace {
+// A tag list is a block of its own: the block length, then the byte count
+// and the hex text ("055" "026" + 52 characters; "003" "000" when empty).
 void appendHexBlock(KVRCommandRequestBuilder& b, const std::string& hex) {
+    b.startCommandBlock();
     b.appendInt(static_cast<int32_t>(hex.size() / 2), 3);
     b.appendString(hex, static_cast<int>(hex.size()));
+    b.stopCommandBlock();
 }
 }  // namespace
 

@@ -58,7 +58,28 @@ void expectFormat(const std::string& value, const char* pattern, const std::stri
     }
 }
 
-void checkReceipt(const json& parameters) {
+// "1234,50" for 123450 cents.
+std::string reais(const std::string& cents) {
+    std::string digits = cents.size() < 3 ? std::string(3 - cents.size(), '0') + cents : cents;
+    return digits.substr(0, digits.size() - 2) + "," + digits.substr(digits.size() - 2);
+}
+
+// A receipt of a sale we authorised must show the amount we authorised, in reais.
+void checkAmountAgainstLedger(SimState& state, const std::string& authorisationCode, const std::string& amount) {
+    std::vector<std::string> authorised = state.approvedAmounts(authorisationCode);
+    if (authorised.empty()) {
+        return;
+    }
+    for (const std::string& cents : authorised) {
+        if (reais(cents) == amount) {
+            return;
+        }
+    }
+    reject("transaction_amount " + amount + " is not the amount authorised with the code " + authorisationCode +
+           " (" + reais(authorised.front()) + ")");
+}
+
+void checkReceipt(const json& parameters, SimState& state) {
     expectKeys(parameters, kReceiptKeys, "body_parameters");
     for (const std::string& key : kReceiptKeys) {
         stringAt(parameters, key, "body_parameters");
@@ -69,17 +90,19 @@ void checkReceipt(const json& parameters) {
     expectFormat(text("transaction_time"), R"(\d{2}:\d{2})", "transaction_time");
     // Only the last digits of the card may ever reach a mail.
     expectFormat(text("client_masked_card_number"), R"(\*{4} \*{4} \*{4} \d{4})", "client_masked_card_number");
-    expectFormat(text("card_brand"), R"(.+ - .+ .+)", "card_brand");
+    // A single payment reads "à vista"; otherwise two instalments or more.
+    expectFormat(text("card_brand"), R"(.+ - .+ (à vista|[2-9]|[1-9]\d+))", "card_brand");
     expectFormat(text("display_company_information"), "true|false", "display_company_information");
     const std::string aid = text("transaction_aid");
     const std::string display = text("display_aid_arqc");
     if (display != (aid.empty() ? "false" : "true")) {
         reject("display_aid_arqc is \"" + display + "\" although transaction_aid is " + (aid.empty() ? "empty" : "set"));
     }
+    checkAmountAgainstLedger(state, text("transaction_kovra_id"), text("transaction_amount"));
 }
 
 // Returns the template name.
-std::string checkMail(const json& mail) {
+std::string checkMail(const json& mail, SimState& state) {
     if (!mail.is_object()) {
         reject("the body is not a JSON object");
     }
@@ -101,7 +124,7 @@ std::string checkMail(const json& mail) {
         if (subject != expected) {
             reject("the subject of a " + name + " receipt is \"" + expected + "\", not \"" + subject + "\"");
         }
-        checkReceipt(parameters);
+        checkReceipt(parameters, state);
     } else if (name == "default") {
         if (subject.empty()) {
             reject("mail_header.subject is empty");
@@ -123,7 +146,7 @@ SimReply MailHandler::handle(const std::string& body) {
     if (mail.is_discarded()) {
         throw RequestRejected("PARS", "the body is not JSON");
     }
-    const std::string name = checkMail(mail);
+    const std::string name = checkMail(mail, state_);
     const int number = state_.nextOutboxNumber();
     const std::filesystem::path file = outbox_ / (std::to_string(number) + ".json");
     std::ofstream out(file, std::ios::binary | std::ios::trunc);

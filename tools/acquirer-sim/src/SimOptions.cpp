@@ -48,6 +48,7 @@ std::optional<SimOptions> SimOptions::parse(int argc, char** argv, int& exitCode
                  "authorisation, cancellation and mail).",
                  "kovra-acquirer-sim");
     app.footer(footer());
+    app.set_version_flag("--version", std::string("kovra-acquirer-sim ") + ACQSIM_VERSION, "print the version and exit");
     CLI::Option* port = app.add_option("--port", options.port, "TCP port on 127.0.0.1; 0 picks a free one")
                             ->check(CLI::Range(0, 65535));
     app.add_option("--state", state, "state directory (certificates, state, log, outbox)")->capture_default_str();

@@ -8,7 +8,7 @@ namespace acqsim {
 // The command line:
 //   kovra-acquirer-sim --port N [--state DIR] [--merchants FILE] [--print-ca]
 //                      [--auth-delay SECONDS] [--reply-delay SECONDS]
-//                      [--advice-delay SECONDS] [--log-card-data] [--help]
+//                      [--advice-delay SECONDS] [--log-card-data] [--help] [--version]
 struct SimOptions {
     int port = -1;
     std::filesystem::path stateDirectory;

@@ -126,6 +126,19 @@ json* SimState::findLocked(const std::string& receiptId, const std::string& init
     return nullptr;
 }
 
+std::vector<std::string> SimState::approvedAmounts(const std::string& authorisationCode) {
+    std::lock_guard lock(mutex_);
+    std::vector<std::string> amounts;
+    for (const auto& [id, entry] : data_["authorisations"].items()) {
+        const std::string response = entry.value("response", "");
+        if (!authorisationCode.empty() && entry.value("authorisationCode", "") == authorisationCode &&
+            (response == "APPR" || response == "PART")) {
+            amounts.push_back(withoutLeadingZeros(entry.value("amount", "")));
+        }
+    }
+    return amounts;
+}
+
 int SimState::nextOutboxNumber() {
     std::lock_guard lock(mutex_);
     int number = data_.value("outboxCounter", 0) + 1;

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -55,6 +56,10 @@ public:
     CancellationVerdict cancel(const std::string& receiptId, const std::string& initiatorId,
                                const std::string& amount, const std::string& merchantId,
                                const std::string& reference);
+
+    // The amounts (integer cents) of the approved or partly approved
+    // authorisations that gave this authorisation code; empty when none did.
+    std::vector<std::string> approvedAmounts(const std::string& authorisationCode);
 
     // 1, 2, 3... across runs.
     int nextOutboxNumber();

@@ -107,6 +107,7 @@ INSTANTIATE_TEST_SUITE_P(
         BrokenMail{"ExtraParameter", [](json& m) { params(m)["body_message"] = "x"; }},
         BrokenMail{"NumberNotText", [](json& m) { params(m)["transaction_kovra_id"] = 123456; }},
         BrokenMail{"AmountWithPoint", [](json& m) { params(m)["transaction_amount"] = "10.00"; }},
+        BrokenMail{"SinglePaymentAsZero", [](json& m) { params(m)["card_brand"] = "Visa - Crédito 0"; }},
         BrokenMail{"DateUnsplit", [](json& m) { params(m)["transaction_date"] = "01/06/2025 - 10:20"; }},
         BrokenMail{"WholeCardNumber", [](json& m) { params(m)["client_masked_card_number"] = "4761739001010010"; }},
         BrokenMail{"AidShownButEmpty", [](json& m) { params(m)["transaction_aid"] = ""; }},

@@ -8,16 +8,24 @@
 
 #include <kovra/KVRException.h>
 #include <kovra/KVRJournalProvider.h>
+#include <kovra/KVRPinPadConnectionProvider.h>
 #include <kovra/KVRStoreProvider.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cstring>
+#include <iostream>
+#include <regex>
 
 namespace {
 
 const char* const kFooter =
-    "\nExit codes: 0 success; 1 a failure reported by the library (\"error CODE: DESCRIPTION\" on\n"
-    "standard error) or a record that does not exist; 2 bad usage; 130 interrupted.\n"
+    "\nExit codes: 0 success; 1 declined by the acquirer or the card (or cancelled by the cardholder);\n"
+    "2 bad usage, or an operation refused before anything was tried (a sale before enrolment, an\n"
+    "amount below 10 cents, a record that does not exist); 3 a technical failure (network, acquirer,\n"
+    "PIN pad, store); 130 interrupted. Failures print \"error CODE: DESCRIPTION\" (the library's) or\n"
+    "\"kovra: MESSAGE\" on standard error; with --json, {\"error\":{\"code\":…,\"domain\":…,\"message\":…}}\n"
+    "on standard output.\n"
     "Commands that use the PIN pad connect to it first. Run `kovra demo` to try everything\n"
     "against the PIN pad and acquirer emulators.";
 
@@ -30,11 +38,23 @@ CLI::Validator lastFourDigits() {
         "LAST4");
 }
 
+// Looks like an address: something, one "@", and a domain with a dot.
+CLI::Validator mailAddress() {
+    return CLI::Validator(
+        [](std::string& value) -> std::string {
+            static const std::regex address(R"([^@\s]+@[^@\s.]+(\.[^@\s.]+)+)");
+            return std::regex_match(value, address) ? std::string()
+                                                    : "expected an e-mail address such as name@example.com, got " + value;
+        },
+        "ADDRESS");
+}
+
 }  // namespace
 
 KovraCli::KovraCli(KovraInterrupts& interrupts)
     : interrupts_(interrupts), app_("kovra: card payments with the Kovra library from the command line", "kovra") {
     app_.footer(kFooter);
+    app_.set_version_flag("--version", KovraCommands::versionLine(), "print the version and exit");
     app_.require_subcommand(1);
     app_.fallthrough();
     settings_.addOptions(app_);
@@ -72,6 +92,8 @@ void KovraCli::defineCommands() {
 
     version_ = addCommand(app_, "version", "print the library's version",
                           [](KovraOutput& out) { KovraCommands(out).version(); });
+    help_ = addCommand(app_, "help", "show the help of kovra or of a command", [this](KovraOutput&) { showHelp(); });
+    help_->add_option("COMMAND", arguments_.helpTopic, "a command, such as sale or tables load");
     defineDemo();
 }
 
@@ -98,8 +120,13 @@ void KovraCli::defineSaleCommands() {
     debit->excludes(credit);
     sale->add_option("--instalments", arguments_.sale.instalments,
                      "instalment code: 0 single payment (default), 1-11 for 2-12 instalments financed by the "
-                     "merchant, 12 and above for code-10 instalments financed by the issuer")
+                     "merchant, 12 and above for code-10 instalments financed by the issuer; credit only")
         ->type_name("CODE");
+    // Debit cards take no instalments in Brazil.
+    sale->callback([this] {
+        if (arguments_.debit && arguments_.sale.instalments != 0)
+            throw CLI::ValidationError("--instalments", "a debit sale is a single payment; instalments need --credit");
+    });
 
     auto* cancel = addCommand(app_, "cancel", "cancel an approved sale at the acquirer", [this](KovraOutput& out) {
         runPayment([&] { KovraCommands(out).cancel(arguments_.reference); });
@@ -125,7 +152,10 @@ void KovraCli::defineSaleCommands() {
 }
 
 void KovraCli::runPayment(const std::function<void()>& payment) {
-    KovraInterrupts::DrainGuard guard(interrupts_, {{}, [] { return KVRJournalProvider::isExchangeInFlight(); }});
+    // Ctrl-C first stops the wait for the cardholder: the PIN pad command in
+    // flight ends as cancelled, and the journal settles what reached the acquirer.
+    KovraInterrupts::DrainGuard guard(interrupts_, {[] { KVRPinPadConnectionProvider::abortCurrentCommand(); },
+                                                    [] { return KVRJournalProvider::isExchangeInFlight(); }});
     payment();
 }
 
@@ -154,6 +184,7 @@ void KovraCli::defineMailCommands() {
     receipt->add_option("REFERENCE", arguments_.reference, "the transaction's reference")->required();
     receipt->add_option("--to", arguments_.destination, "the cardholder's e-mail address")
         ->required()
+        ->check(mailAddress())
         ->type_name("ADDRESS");
     receipt->add_flag("--cancellation", arguments_.cancellation, "the cancellation receipt instead of the sale's");
     receipt->add_flag("--company-info", arguments_.companyInformation, "show the merchant's details on the receipt");
@@ -205,41 +236,57 @@ CLI::App* KovraCli::chosenCommand() const {
     }
 }
 
+void KovraCli::showHelp() const {
+    const CLI::App* topic = &app_;
+    std::string named = "kovra";
+    for (const auto& word : arguments_.helpTopic) {
+        named += " " + word;
+        const CLI::App* next = nullptr;
+        for (const CLI::App* command : topic->get_subcommands([](const CLI::App*) { return true; }))
+            if (command->get_name() == word) next = command;
+        if (!next) throw KovraCommandError::usage("unknown command " + named.substr(6) + " (see kovra --help)");
+        topic = next;
+    }
+    // As `COMMAND --help` prints it; App::help would show the help command's own.
+    std::cout << topic->get_formatter()->make_help(topic, named, CLI::AppFormatMode::Normal);
+}
+
 int KovraCli::run(int argc, char** argv) {
     try {
         app_.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) return app_.exit(error);
-        KovraOutput(false).error("kovra: " + usageMessage(error) + " (see kovra --help)");
-        return KovraCommandError::kUsage;
+        // The parse may have stopped before it reached --json.
+        bool json = std::any_of(argv + 1, argv + argc, [](const char* word) { return std::strcmp(word, "--json") == 0; });
+        auto usage = KovraCommandError::usage(usageMessage(error) + " (see kovra --help)");
+        KovraOutput(json).error(usage.what(), usage.toJson());
+        return usage.exitCode();
     }
     return execute(chosenCommand());
 }
 
 int KovraCli::execute(CLI::App* command) {
     KovraOutput output(settings_.json);
+    auto fail = [&output](const KovraCommandError& error) {
+        output.error(error.what(), error.toJson());
+        return error.exitCode();
+    };
     auto action = actions_.find(command);
-    if (action == actions_.end()) {
-        output.error("kovra: choose a command (see kovra --help)");
-        return KovraCommandError::kUsage;
-    }
+    if (action == actions_.end()) return fail(KovraCommandError::usage("choose a command (see kovra --help)"));
     try {
         if (command == demo_) {
             settings_.routeLogs();
-        } else if (command != version_) {
+        } else if (command != version_ && command != help_) {
             settings_.apply();
             checkStore(command, output);
         }
         action->second(output);
         return 0;
     } catch (const KovraCommandError& error) {
-        output.error(error.what());
-        return error.exitCode();
+        return fail(error);
     } catch (const KVRException& exception) {
-        output.error("kovra: the library raised " + exception.name() + ": " + exception.reason());
-        return KovraCommandError::kFailure;
+        return fail(KovraCommandError::failure("the library raised " + exception.name() + ": " + exception.reason()));
     } catch (const std::exception& exception) {
-        output.error(std::string("kovra: ") + exception.what());
-        return KovraCommandError::kFailure;
+        return fail(KovraCommandError::failure(exception.what()));
     }
 }

@@ -10,13 +10,14 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 class KovraInterrupts;
 class KovraOutput;
 
 /// The command line: `kovra [global options] COMMAND [args]`. Exit codes: 0
-/// success, 1 a failure the library reported (or a record that does not
-/// exist), 2 bad usage, 130 interrupted.
+/// success, 1 declined, 2 bad usage or refused, 3 technical failure, 130
+/// interrupted (see KovraCommandError).
 class KovraCli {
 public:
     explicit KovraCli(KovraInterrupts& interrupts);
@@ -41,6 +42,7 @@ private:
         bool presentedCard = false;
         std::string keepDirectory;
         double pause = 0.5;
+        std::vector<std::string> helpTopic;
     };
 
     CLI::App* addCommand(CLI::App& parent, const std::string& name, const std::string& description, Action action);
@@ -49,6 +51,8 @@ private:
     void defineSaleCommands();
     void defineMailCommands();
     void defineDemo();
+    /// `kovra help [COMMAND...]`: the help of kovra or of that command.
+    void showHelp() const;
     std::string usageMessage(const CLI::ParseError& error) const;
     /// The deepest command the user named.
     CLI::App* chosenCommand() const;
@@ -66,6 +70,7 @@ private:
     void runPayment(const std::function<void()>& payment);
 
     CLI::App* version_ = nullptr;
+    CLI::App* help_ = nullptr;
     CLI::App* demo_ = nullptr;
     std::set<CLI::App*> historyCommands_;
 };

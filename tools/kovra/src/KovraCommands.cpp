@@ -76,11 +76,21 @@ void KovraCommands::sale(const KovraSession::SaleRequest& request) {
         KovraTableLoadProgress progress(output_, KovraTableLoadProgress::modeForStandardError());
         outcome = session_.sale(request);
     }
-    if (outcome.record) {
-        output_.line(outcome.error ? "sale not approved:" : "sale approved:");
-        printTransaction(outcome.record);
+    if (!outcome.error) {
+        if (outcome.record) {
+            output_.line("sale approved:");
+            printTransaction(outcome.record);
+        }
+        return;
     }
-    if (outcome.error) throw KovraCommandError::fromLibrary(*outcome.error);
+    auto error = KovraCommandError::fromLibrary(*outcome.error);
+    if (outcome.record) {
+        output_.line("sale not approved:");
+        for (const auto& line : KovraTransactionFormat::detailLines(outcome.record, "  ")) output_.line(line);
+        // With --json the record goes with the error, in one document.
+        error.with("transaction", KovraTransactionFormat::toJson(outcome.record));
+    }
+    throw error;
 }
 
 void KovraCommands::cancel(const std::string& reference) {
@@ -133,10 +143,12 @@ void KovraCommands::recover() {
         output_.line(entry.initiatorTransactionKey + ": " + entry.state +
                      (entry.isUnfinished() && entry.lastError ? " (" + *entry.lastError + ")" : ""));
     }
-    output_.document(KovraJournalFormat::toJson(entries));
     auto left = KovraSession::pendingReversals();
-    if (!left.empty())
-        throw KovraCommandError::failure(std::to_string(left.size()) + " still owed to the acquirer (see kovra pending)");
+    if (!left.empty()) {
+        throw KovraCommandError::failure(std::to_string(left.size()) + " still owed to the acquirer (see kovra pending)")
+            .with("entries", KovraJournalFormat::toJson(entries));
+    }
+    output_.document(KovraJournalFormat::toJson(entries));
 }
 
 void KovraCommands::receipt(const std::string& reference, const std::string& destination, bool cancellation,
@@ -154,9 +166,13 @@ void KovraCommands::feedback(const std::string& message) {
     output_.document({{"sent", true}});
 }
 
+std::string KovraCommands::versionLine() {
+    return std::string("kovra ") + KovraSDKVersionString + " (library version number " +
+           std::to_string(static_cast<long long>(KovraSDKVersionNumber)) + ")";
+}
+
 void KovraCommands::version() {
-    output_.line(std::string("kovra ") + KovraSDKVersionString + " (library version number " +
-                 std::to_string(static_cast<long long>(KovraSDKVersionNumber)) + ")");
+    output_.line(versionLine());
     output_.document({{"version", std::string(KovraSDKVersionString)},
                       {"versionNumber", static_cast<long long>(KovraSDKVersionNumber)}});
 }

@@ -37,6 +37,8 @@ public:
                  bool companyInformation);
     void feedback(const std::string& message);
     void version();
+    /// "kovra VERSION (library version number N)".
+    static std::string versionLine();
 
 private:
     void printTransaction(const KovraSession::Transaction& transaction);

@@ -121,6 +121,8 @@ void KovraDemoEnvironment::startPinpad(const std::string& program) {
 void KovraDemoEnvironment::configureLibrary() const {
     KVRPropertyDictionary info{
         {"Kovra Pinpad", path("pinpad")},
+        // The link real PIN pads speak; the emulator checks it as they do.
+        {"Kovra Pinpad Link", std::string("abecs")},
         {"Kovra Pinpad Write Pause", writePause_},
         {"Kovra TMS Host", acquirerHost_},
         {"Kovra Authorizer Host", acquirerHost_},

@@ -29,8 +29,12 @@ void KovraOutput::raw(const std::string& text) {
     std::cerr << text << std::flush;
 }
 
-void KovraOutput::error(const std::string& text) {
+void KovraOutput::error(const std::string& line, const nlohmann::ordered_json& document) {
     std::lock_guard lock(mutex_);
+    if (json_) {
+        std::cout << document.dump(2) << std::endl;
+        return;
+    }
     std::cout << std::flush;
-    std::cerr << text << std::endl;
+    std::cerr << line << std::endl;
 }

@@ -24,8 +24,9 @@ public:
     /// Progress and remarks on standard error; `raw` writes without a newline.
     void note(const std::string& text);
     void raw(const std::string& text);
-    /// A one-line error on standard error.
-    void error(const std::string& text);
+    /// A failure: its one line on standard error, or with --json its
+    /// document on standard output.
+    void error(const std::string& line, const nlohmann::ordered_json& document);
 
 private:
     std::mutex mutex_;

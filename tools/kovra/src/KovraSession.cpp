@@ -76,7 +76,7 @@ KovraSession::Merchant KovraSession::enroll(const std::string& kovraCode) {
 
 void KovraSession::deactivate(const std::string& kovraCode) {
     if (!KVRMerchantModel::findFirstByAttribute("kovracode", kovraCode))
-        throw KovraCommandError::failure("no merchant is enrolled with the KovraCode " + kovraCode);
+        throw KovraCommandError::usage("no merchant is enrolled with the KovraCode " + kovraCode);
     KVRKovraCodeActivationProvider::deactivateMerchantWithKovraCode(kovraCode);
 }
 
@@ -160,7 +160,7 @@ std::vector<KovraSession::Merchant> KovraSession::merchants() { return KVRMercha
 
 KVRJournalEntry KovraSession::lastTransaction() {
     auto last = KVRJournalProvider::lastTransaction();
-    if (!last) throw KovraCommandError::failure("no sale has been made yet");
+    if (!last) throw KovraCommandError::usage("no sale has been made yet");
     return *last;
 }
 
@@ -177,12 +177,25 @@ std::vector<KVRJournalEntry> KovraSession::recover() {
 KovraSession::Transaction KovraSession::transactionWithReference(const std::string& reference) {
     for (const auto& transaction : KVRTransactionListProvider::listTransactions())
         if (transaction->reference() == reference) return transaction;
-    throw KovraCommandError::failure("no stored transaction has the reference " + reference);
+    throw KovraCommandError::usage("no stored transaction has the reference " + reference);
 }
 
 void KovraSession::sendReceipt(const std::string& reference, const std::string& destination, bool cancellation,
                                bool companyInformation) {
     auto transaction = transactionWithReference(reference);
+    // The library mails whatever it is given; a receipt must not say a
+    // declined sale was paid, nor that a standing one was cancelled.
+    constexpr int kApproved = 2;
+    constexpr int kCancelled = 5;
+    int status = transaction->status();
+    if (cancellation && status != kCancelled) {
+        throw KovraCommandError::usage("the sale " + reference + " is not cancelled (" + transaction->statusString() +
+                                       "): it has no cancellation receipt");
+    }
+    if (!cancellation && status != kApproved && status != kCancelled) {
+        throw KovraCommandError::usage("the sale " + reference + " was neither approved nor cancelled (" +
+                                       transaction->statusString() + "): it has no receipt");
+    }
     KovraCompletionWaiter<> waiter;
     KVRMailProvider::sendReceiptViaEmail(
         cancellation ? KVRMailProvider::kReceiptCancellation : KVRMailProvider::kReceiptSale, transaction,

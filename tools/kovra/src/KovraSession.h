@@ -73,6 +73,8 @@ public:
     /// The stored transaction with this reference; a failure when none has it.
     static Transaction transactionWithReference(const std::string& reference);
 
+    /// A sale receipt needs an approved or cancelled sale, a cancellation
+    /// receipt a cancelled one; anything else is refused as bad usage.
     void sendReceipt(const std::string& reference, const std::string& destination, bool cancellation,
                      bool companyInformation);
     void sendFeedback(const std::string& message);

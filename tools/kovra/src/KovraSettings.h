@@ -14,6 +14,7 @@ public:
     std::string dataDirectory;  // --data-dir, KOVRA_DATA_DIR
     std::string pinpad;         // --pinpad
     std::optional<double> readTimeout;
+    std::string pinpadLink;     // --pinpad-link
     bool json = false;
     bool verbose = false;
 
@@ -23,13 +24,14 @@ public:
     /// error.
     void apply() const;
     /// The library's log lines go to standard error with --verbose (or when
-    /// the dictionary turns the debug log on) and are dropped otherwise, so
-    /// that the tool's own output stays readable.
+    /// the dictionary turns the debug log on); otherwise where the library
+    /// sends them (the system log), so that the tool's own output stays
+    /// readable.
     void routeLogs() const { routeLogs(verbose); }
     static void routeLogs(bool verbose);
 
     /// Loads a property-list file into the information dictionary; the
-    /// library's reason when it cannot. Leaves the library's log on standard
-    /// error: route it again afterwards.
+    /// library's reason when it cannot. Leaves the library's log at its
+    /// default: route it again afterwards.
     static std::optional<std::string> loadInformationDictionary(const std::string& path);
 };

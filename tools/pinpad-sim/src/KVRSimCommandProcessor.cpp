@@ -41,16 +41,29 @@ bool isBlank(const std::string& text) {
     return text.find_first_not_of(' ') == std::string::npos;
 }
 
+/// Commands whose requests carry card data (GPN carries the PAN).
+bool carriesCardData(const std::string& command) {
+    return command == "GPN";
+}
+
+/// Every character but blanks becomes '*'.
+void maskWhole(std::string& text, size_t from, size_t to) {
+    for (size_t i = from; i < std::min(to, text.size()); ++i) {
+        if (text[i] != ' ') text[i] = '*';
+    }
+}
+
 }  // namespace
 
 KVRSimCommandProcessor::KVRSimCommandProcessor(KVRSimIdentity identity, std::string defaultCard,
                                                KVRSimScenario& scenario, KVRSimTableStore& tables,
-                                               KVRSimDisplay& display)
+                                               KVRSimDisplay& display, Settings settings)
     : identity_(std::move(identity)),
       defaultCard_(KVRSimCard::named(defaultCard).value()),
       scenario_(scenario),
       tables_(tables),
       display_(display),
+      settings_(settings),
       random_(std::random_device{}()) {}
 
 const std::map<std::string, KVRSimCommandProcessor::Handler>& KVRSimCommandProcessor::handlers() {
@@ -67,13 +80,29 @@ const std::map<std::string, KVRSimCommandProcessor::Handler>& KVRSimCommandProce
 }
 
 KVRSimOutcome KVRSimCommandProcessor::process(const std::string& text) {
-    auto name = text.substr(0, std::min<size_t>(text.size(), 3));
+    panFields_.clear();
+    auto outcome = processUnlogged(text);
+    outcome.logged = loggableAfterParse(text);
+    return outcome;
+}
+
+KVRSimOutcome KVRSimCommandProcessor::processUnlogged(const std::string& text) {
+    if (text.size() < 3) {
+        return KVRSimOutcome::refuse("packet shorter than a command name");
+    }
+    auto name = text.substr(0, 3);
     auto handler = handlers().find(name);
     if (handler == handlers().end()) {
-        return KVRSimOutcome::refuse("unknown command");
+        return KVRSimOutcome::answer("ERR010");
+    }
+    if (text == refusedCopy_) {
+        refusedCopy_.clear();
+    } else if (scenario_.refusesCopy(name)) {
+        refusedCopy_ = text;
+        return KVRSimOutcome::refuse("the scenario refuses this copy");
     }
     try {
-        KVRSimFieldReader request(std::string_view(text).substr(3), name);
+        KVRSimFieldReader request(std::string_view(text).substr(3), name, 3);
         auto outcome = (this->*(handler->second))(request);
         const auto& how = outcome.delivery;
         if (!how.silence && how.hangUp != KVRSimDelivery::HangUp::InsteadOfReply) {
@@ -85,6 +114,47 @@ KVRSimOutcome KVRSimCommandProcessor::process(const std::string& text) {
     } catch (const KVRSimLayoutError& error) {
         return KVRSimOutcome::refuse(error.what());
     }
+}
+
+std::string KVRSimCommandProcessor::loggable(const std::string& text) {
+    panFields_.clear();
+    return loggableAfterParse(text);
+}
+
+std::string KVRSimCommandProcessor::loggableAfterParse(const std::string& text) const {
+    if (settings_.logCardData) {
+        return text;
+    }
+    std::string logged = text;
+    if (panFields_.empty() && carriesCardData(text.substr(0, 3))) {
+        // The card data could not be told from the rest, so none of it is shown.
+        maskWhole(logged, 3, logged.size());
+    }
+    for (const auto& field : panFields_) {
+        auto first = logged.find_first_not_of(' ', field.offset);
+        auto end = logged.find_last_not_of(' ', field.offset + field.width - 1);
+        if (first == std::string::npos || end == std::string::npos || first > end) continue;
+        size_t digits = end + 1 - first;
+        // A short number shows only its last four; a PAN its first six as well.
+        size_t keepFirst = digits > 10 ? 6 : 0;
+        maskWhole(logged, first + keepFirst, end + 1 - std::min<size_t>(4, digits));
+    }
+    return logged;
+}
+
+void KVRSimCommandProcessor::kept(const std::string& what) const {
+    if (settings_.strict) {
+        throw KVRSimLayoutError(what + " is not ABECS (refused by --strict-abecs)");
+    }
+}
+
+void KVRSimCommandProcessor::noData(KVRSimFieldReader& request, const char* command) {
+    if (request.remaining() == 0) {
+        return;
+    }
+    request.block("block").expectEnd();
+    request.expectEnd();
+    kept(std::string(command) + " with an empty block");
 }
 
 std::string KVRSimCommandProcessor::reply(const std::string& command, int status, const std::optional<std::string>& block) {
@@ -104,18 +174,20 @@ std::optional<KVRSimOutcome> KVRSimCommandProcessor::replaced(const std::string&
 }
 
 KVRSimOutcome KVRSimCommandProcessor::opn(KVRSimFieldReader& request) {
-    request.block("block").expectEnd();
-    request.expectEnd();
+    noData(request, "OPN");
     auto effect = scenario_.match("OPN");
     if (auto other = replaced("OPN", effect)) return *other;
     return KVRSimOutcome::answer(reply("OPN", kOk), effect.delivery);
 }
 
-std::string KVRSimCommandProcessor::displayMessage(KVRSimFieldReader& request, bool emptyAllowed) {
+std::string KVRSimCommandProcessor::displayMessage(KVRSimFieldReader& request, bool emptyAllowed,
+                                                  const std::string& context) {
     auto block = request.block("block");
     std::string message;
-    if (!(emptyAllowed && block.remaining() == 0)) {
-        message = block.text("message", 32);
+    if (emptyAllowed && block.remaining() == 0) {
+        kept(context + " with an empty block");
+    } else {
+        message = block.display("message", 32);
     }
     block.expectEnd();
     request.expectEnd();
@@ -123,16 +195,16 @@ std::string KVRSimCommandProcessor::displayMessage(KVRSimFieldReader& request, b
 }
 
 KVRSimOutcome KVRSimCommandProcessor::clo(KVRSimFieldReader& request) {
-    auto message = displayMessage(request, false);
+    auto message = displayMessage(request, false, "CLO");
     auto effect = scenario_.match("CLO");
     if (auto other = replaced("CLO", effect)) return *other;
     display_.showMessage(message);
     card_.reset();
-    return KVRSimOutcome::answer(reply("CLO", kOk, std::string()), effect.delivery);
+    return KVRSimOutcome::answer(reply("CLO", kOk), effect.delivery);
 }
 
 KVRSimOutcome KVRSimCommandProcessor::dsp(KVRSimFieldReader& request) {
-    auto message = displayMessage(request, true);
+    auto message = displayMessage(request, true, "DSP");
     auto effect = scenario_.match("DSP");
     if (auto other = replaced("DSP", effect)) return *other;
     display_.showMessage(message);
@@ -140,7 +212,7 @@ KVRSimOutcome KVRSimCommandProcessor::dsp(KVRSimFieldReader& request) {
 }
 
 KVRSimOutcome KVRSimCommandProcessor::rmc(KVRSimFieldReader& request) {
-    auto message = displayMessage(request, false);
+    auto message = displayMessage(request, false, "RMC");
     auto effect = scenario_.match("RMC");
     if (auto other = replaced("RMC", effect)) return *other;
     display_.showMessage(message);
@@ -190,20 +262,46 @@ KVRSimOutcome KVRSimCommandProcessor::prt(KVRSimFieldReader& request) {
 
 KVRSimOutcome KVRSimCommandProcessor::gpn(KVRSimFieldReader& request) {
     auto block = request.block("block");
-    auto method = block.number("method", 1);
-    block.number("keydix", 2);
-    if (method == 0) {
+    block.number("method", 1);
+    block.number("keyidx", 2);
+    // The library leaves the working key out (it uses DUKPT), which makes its block this long.
+    constexpr size_t kKeptLength = 2 + 19 + 1 + 2 + 2 + 32;
+    bool withKey = block.remaining() != kKeptLength;
+    if (withKey) {
         block.hex("wkenc", 32);
     }
-    block.number("panLength", 2);
-    block.rightAlignedDigits("pan", 19);
-    block.number("entries", 1);
-    auto minimum = block.number("minimum", 2);
-    auto maximum = block.number("maximum", 2);
-    if (minimum > maximum) {
-        throw KVRSimLayoutError("GPN block: field minimum is larger than maximum");
+    auto panLength = static_cast<size_t>(block.number("panLength", 2));
+    panFields_.push_back({block.offset(), 19});
+    std::string message;
+    if (!withKey) {
+        // The library's own form: PAN right-aligned, its length and the entry count left at 0.
+        kept("GPN without working key, PAN right-aligned");
+        if (panLength != 0) {
+            throw KVRSimLayoutError("GPN block: field panLength must be 00 without a working key");
+        }
+        block.rightAlignedDigits("pan", 19);
+        if (block.number("entries", 1) != 0) {
+            throw KVRSimLayoutError("GPN block: field entries must be 0 without a working key");
+        }
+        message = pinEntry(block);
+    } else {
+        if (panLength < 1 || panLength > 19) {
+            throw KVRSimLayoutError("GPN block: field panLength must be 01 to 19");
+        }
+        auto pan = block.text("pan", 19);
+        auto digits = std::min(pan.find_first_not_of("0123456789"), pan.size());
+        if (digits != panLength || !isBlank(pan.substr(panLength))) {
+            throw KVRSimLayoutError("GPN block: field pan must be panLength digits, left-aligned with blanks");
+        }
+        auto entries = block.number("entries", 1);
+        if (entries < 1) {
+            throw KVRSimLayoutError("GPN block: field entries must be at least 1");
+        }
+        for (long long entry = 0; entry < entries; ++entry) {
+            auto prompt = pinEntry(block);
+            if (entry == 0) message = prompt;  // the display shows the first entry's prompt
+        }
     }
-    auto message = block.text("message", 32);
     block.expectEnd();
     request.expectEnd();
     auto effect = scenario_.match("GPN");
@@ -212,6 +310,15 @@ KVRSimOutcome KVRSimCommandProcessor::gpn(KVRSimFieldReader& request) {
         display_.showMessage(message);
     }
     return KVRSimOutcome::answer(reply("GPN", kOk, randomHex(16) + nextKeySerialNumber()), effect.delivery);
+}
+
+std::string KVRSimCommandProcessor::pinEntry(KVRSimFieldReader& block) {
+    auto minimum = block.number("minimum", 2);
+    auto maximum = block.number("maximum", 2);
+    if (minimum > maximum) {
+        throw KVRSimLayoutError("GPN block: field minimum is larger than maximum");
+    }
+    return block.display("message", 32);
 }
 
 void KVRSimCommandProcessor::checkDateAndTime(const std::string& date, const std::string& time) {
@@ -232,7 +339,17 @@ KVRSimOutcome KVRSimCommandProcessor::gcr(KVRSimFieldReader& request) {
     block.number("amount", 12);
     auto date = number(block.number("date", 6), 6);
     auto time = number(block.number("time", 6), 6);
-    auto stamp = block.rightAlignedDigits("tabver", 10);
+    auto stamp = block.text("tabver", 10);
+    if (applicationType == 0) {
+        if (block.remaining() == 0) {
+            kept("GCR of application type 00 without its application list");
+        } else {
+            auto count = block.number("application count", 2);
+            for (long long i = 0; i < count; ++i) {
+                block.text("application reference", 4);
+            }
+        }
+    }
     block.expectEnd();
     request.expectEnd();
     checkDateAndTime(date, time);
@@ -288,19 +405,10 @@ KVRSimOutcome KVRSimCommandProcessor::goc(KVRSimFieldReader& request) {
     block.number("tvbrs", 8);
     block.number("mtpbrs", 2);
     auto acquirerDataLength = block.number("acqpr length", 3);
-    if (acquirerDataLength != 0 && acquirerDataLength != 3 && acquirerDataLength != 26) {
-        throw KVRSimLayoutError("GOC block 1: field acqpr length must be 000, 003 or 026");
-    }
     block.text("acqpr", static_cast<size_t>(acquirerDataLength));
     block.expectEnd();
-    auto tags = request.countedHex("tags1");
-    tags += request.countedHex("tags2");
-    if (acquirerDataLength == 3) {
-        request.number("acrprTransactionType", 2);
-        request.flag("acqprBool");
-    } else if (acquirerDataLength == 26) {
-        request.text("acqprPin", 32);
-    }
+    auto tags = countedHexBlock(request, "block 2", "tags1");
+    tags += countedHexBlock(request, "block 3", "tags2");
     request.expectEnd();
     KVRSimEmvData::parseTagList(tags);
     auto effect = scenario_.match("GOC");
@@ -315,6 +423,13 @@ KVRSimOutcome KVRSimCommandProcessor::goc(KVRSimFieldReader& request) {
     return KVRSimOutcome::answer(reply("GOC", kOk, data), effect.delivery);
 }
 
+std::string KVRSimCommandProcessor::countedHexBlock(KVRSimFieldReader& request, const char* block, const char* field) {
+    auto reader = request.block(block);
+    auto hex = reader.countedHex(field);
+    reader.expectEnd();
+    return hex;
+}
+
 KVRSimOutcome KVRSimCommandProcessor::fnc(KVRSimFieldReader& request) {
     auto block = request.block("block 1");
     block.number("communicationStatus", 1);
@@ -324,7 +439,7 @@ KVRSimOutcome KVRSimCommandProcessor::fnc(KVRSimFieldReader& request) {
     auto acquirerDataLength = block.number("acquirer data length", 3);
     block.text("acquirer data", static_cast<size_t>(acquirerDataLength));
     block.expectEnd();
-    auto tags = request.countedHex("tags");
+    auto tags = countedHexBlock(request, "block 2", "tags");
     request.expectEnd();
     KVRSimEmvData::parseTagList(tags);
     auto effect = scenario_.match("FNC");
@@ -338,7 +453,7 @@ KVRSimOutcome KVRSimCommandProcessor::fnc(KVRSimFieldReader& request) {
 KVRSimOutcome KVRSimCommandProcessor::tli(KVRSimFieldReader& request) {
     auto block = request.block("block");
     auto acquirer = static_cast<int>(block.number("acqidxreq", 2));
-    auto stamp = block.rightAlignedDigits("tabver", 10);
+    auto stamp = block.text("tabver", 10);
     block.expectEnd();
     request.expectEnd();
     auto effect = scenario_.match("TLI");
@@ -360,8 +475,8 @@ KVRSimOutcome KVRSimCommandProcessor::tlr(KVRSimFieldReader& request) {
         if (length == 0) {
             throw KVRSimLayoutError("TLR block: record " + std::to_string(i + 1) + " has an unknown table type");
         }
-        // The length in front of a record may count its own three digits or not.
-        if (declared != length && declared != length + 3) {
+        // The length in front of a record counts its own three digits.
+        if (declared != length + 3) {
             throw KVRSimLayoutError("TLR block: record " + std::to_string(i + 1) + " declares " +
                                     std::to_string(declared) + " characters for a record of " + std::to_string(length));
         }
@@ -380,8 +495,7 @@ KVRSimOutcome KVRSimCommandProcessor::tlr(KVRSimFieldReader& request) {
 }
 
 KVRSimOutcome KVRSimCommandProcessor::tle(KVRSimFieldReader& request) {
-    request.block("block").expectEnd();
-    request.expectEnd();
+    noData(request, "TLE");
     auto effect = scenario_.match("TLE");
     if (auto other = replaced("TLE", effect)) return *other;
     return KVRSimOutcome::answer(reply("TLE", tables_.commit() ? kOk : kInvalidCall), effect.delivery);

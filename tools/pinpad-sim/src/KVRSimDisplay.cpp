@@ -1,5 +1,7 @@
 #include "KVRSimDisplay.h"
 
+#include "KVRSimLatin1.h"
+
 #include <fstream>
 
 KVRSimDisplay::KVRSimDisplay(std::optional<std::filesystem::path> logFile) : logFile_(std::move(logFile)) {}
@@ -19,6 +21,6 @@ void KVRSimDisplay::show(const std::string& firstLine, const std::string& second
     second_ = fit(secondLine);
     if (logFile_) {
         std::ofstream out(*logFile_, std::ios::app);
-        out << first_ << '|' << second_ << '\n';
+        out << KVRSimLatin1::toUtf8(first_) << '|' << KVRSimLatin1::toUtf8(second_) << '\n';
     }
 }

@@ -4,9 +4,10 @@
 #include <optional>
 #include <string>
 
-/// The PIN pad's two-line, sixteen-character display. With a log file, each
-/// new state is appended as one line: the first display line, "|", the second
-/// line, both space-filled to sixteen characters.
+/// The PIN pad's two-line, sixteen-character display. Texts are Latin-1, as
+/// they travel. With a log file, each new state is appended as one UTF-8 line:
+/// the first display line, "|", the second line, both space-filled to sixteen
+/// characters.
 class KVRSimDisplay {
 public:
     static constexpr size_t kWidth = 16;

@@ -1,6 +1,7 @@
 #include "KVRSimFaultRule.h"
 
 #include "KVRSimCard.h"
+#include "KVRSimLatin1.h"
 
 #include <nlohmann/json.hpp>
 
@@ -11,7 +12,7 @@ namespace {
 
 const std::set<std::string> kKeys{"command", "nth",   "times",          "status",    "decision", "card",
                                   "ntm",     "delay_ms", "split",       "split_delay_ms", "stray_syn", "bad_crc",
-                                  "silence", "ack",   "hangup"};
+                                  "silence", "ack",   "hangup",         "nak"};
 
 int boundedInt(const nlohmann::json& json, const char* key, int low, int high) {
     if (!json.at(key).is_number_integer()) {
@@ -59,6 +60,7 @@ KVRSimFaultRule KVRSimFaultRule::fromJson(const nlohmann::json& json) {
         }
         rule.card = name;
     }
+    if (json.contains("nak")) rule.nakCopy = boolean(json, "nak");
     readDelivery(json, rule.delivery);
     return rule;
 }
@@ -75,10 +77,12 @@ void KVRSimFaultRule::readDelivery(const nlohmann::json& json, KVRSimDelivery& d
     if (json.contains("ntm")) {
         const auto& ntm = json.at("ntm");
         for (const auto& text : ntm.is_array() ? ntm : nlohmann::json::array({ntm})) {
-            if (!text.is_string() || text.get<std::string>().size() > 999) {
-                throw std::invalid_argument("\"ntm\" must be a text or a list of texts");
+            // Notifications travel in Latin-1, at most two display lines of 16.
+            auto latin1 = text.is_string() ? KVRSimLatin1::fromUtf8(text.get<std::string>()) : std::string();
+            if (!text.is_string() || latin1.size() > 32) {
+                throw std::invalid_argument("\"ntm\" must be a text of at most 32 characters or a list of them");
             }
-            d.notifications.push_back(text.get<std::string>());
+            d.notifications.push_back(latin1);
         }
     }
     if (json.contains("delay_ms")) d.delayMs = boundedInt(json, "delay_ms", 0, 600000);

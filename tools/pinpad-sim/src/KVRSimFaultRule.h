@@ -24,6 +24,9 @@ public:
     std::optional<int> status;
     std::optional<int> decision;
     std::optional<std::string> card;
+    /// Refuse the request with NAK as if it arrived damaged; the copy the host
+    /// sends again is answered.
+    bool nakCopy = false;
     KVRSimDelivery delivery;
 
 private:

@@ -17,8 +17,8 @@ int isPrintableAscii(int c) {
 
 }  // namespace
 
-KVRSimFieldReader::KVRSimFieldReader(std::string_view text, std::string context)
-    : text_(text), context_(std::move(context)) {}
+KVRSimFieldReader::KVRSimFieldReader(std::string_view text, std::string context, size_t base)
+    : text_(text), context_(std::move(context)), base_(base) {}
 
 std::string_view KVRSimFieldReader::take(const char* field, size_t width) {
     if (remaining() < width) {
@@ -63,6 +63,16 @@ std::string KVRSimFieldReader::text(const char* field, size_t width) {
     return std::string(piece);
 }
 
+std::string KVRSimFieldReader::display(const char* field, size_t width) {
+    size_t start = position_;
+    auto piece = take(field, width);
+    if (!std::all_of(piece.begin(), piece.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x20; })) {
+        position_ = start;
+        fail(field, "must be display text (bytes 0x20 to 0xFF)");
+    }
+    return std::string(piece);
+}
+
 bool KVRSimFieldReader::flag(const char* field) {
     size_t start = position_;
     auto piece = take(field, 1);
@@ -93,7 +103,7 @@ KVRSimFieldReader KVRSimFieldReader::block(const char* field) {
     auto length = static_cast<size_t>(number(field, 3));
     size_t start = position_;
     take(field, length);
-    return KVRSimFieldReader(text_.substr(start, length), context_ + " " + field);
+    return KVRSimFieldReader(text_.substr(start, length), context_ + " " + field, base_ + start);
 }
 
 char KVRSimFieldReader::peek() const {

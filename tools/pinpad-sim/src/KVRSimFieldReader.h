@@ -8,8 +8,9 @@
 /// violation throws KVRSimLayoutError naming the field and its offset.
 class KVRSimFieldReader {
 public:
-    /// `context` prefixes error messages ("GCR block").
-    KVRSimFieldReader(std::string_view text, std::string context);
+    /// `context` prefixes error messages ("GCR block"); `base` is where `text`
+    /// starts in the whole request.
+    KVRSimFieldReader(std::string_view text, std::string context, size_t base = 0);
 
     /// Exactly `width` decimal digits; returns their value.
     long long number(const char* field, size_t width);
@@ -17,6 +18,8 @@ public:
     std::string hex(const char* field, size_t width);
     /// Exactly `width` printable ASCII characters.
     std::string text(const char* field, size_t width);
+    /// Exactly `width` display characters: bytes 0x20 to 0xFF, Latin-1.
+    std::string display(const char* field, size_t width);
     /// "0" or "1".
     bool flag(const char* field);
     /// Text right-aligned in `width`, padded on the left with spaces; the
@@ -29,6 +32,8 @@ public:
     /// The next character, without taking it ('\0' at the end).
     char peek() const;
     size_t remaining() const { return text_.size() - position_; }
+    /// Where the next field starts in the whole request.
+    size_t offset() const { return base_ + position_; }
     /// Fails unless every character has been taken.
     void expectEnd() const;
 
@@ -38,5 +43,6 @@ private:
 
     std::string_view text_;
     std::string context_;
+    size_t base_;
     size_t position_ = 0;
 };

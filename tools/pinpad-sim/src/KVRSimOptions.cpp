@@ -8,7 +8,8 @@
 
 namespace {
 
-const std::set<std::string> kFlags{"--pty", "--help", "-h", "--verbose", "-v"};
+const std::set<std::string> kFlags{"--pty",     "--help",          "-h",           "--verbose",
+                                   "-v",        "--strict-abecs",  "--log-card-data", "--version"};
 const std::set<std::string> kValued{"--link",   "--tcp",  "--state",  "--card",   "--scenario", "--display-log",
                                     "--command-log", "--name", "--model", "--serial", "--sover",    "--manver",
                                     "--fault"};
@@ -37,6 +38,9 @@ KVRSimOptions KVRSimOptions::parse(const std::vector<std::string>& arguments) {
             pty = pty || option == "--pty";
             options.help = options.help || option == "--help" || option == "-h";
             options.verbose = options.verbose || option == "--verbose" || option == "-v";
+            options.version = options.version || option == "--version";
+            options.strictAbecs = options.strictAbecs || option == "--strict-abecs";
+            options.logCardData = options.logCardData || option == "--log-card-data";
         } else if (kValued.count(option)) {
             if (!value) {
                 if (i + 1 >= arguments.size()) {
@@ -107,18 +111,35 @@ std::string KVRSimOptions::helpText() {
     KVRSimIdentity defaults;
     return R"(Usage: kovra-pinpad-sim [--pty] [--link PATH] [--tcp PORT] [--state DIR] [--card NAME]
                         [--scenario FILE] [--fault JSON] [--display-log FILE] [--command-log FILE]
+                        [--log-card-data] [--strict-abecs]
                         [--name TEXT] [--model TEXT] [--serial TEXT] [--sover TEXT] [--manver TEXT]
-                        [--verbose] [--help]
+                        [--verbose] [--version] [--help]
 
-An ABECS PIN pad emulator for developing and testing against the Kovra library.
-It answers every request frame (SYN, text, ETB, CRC-16/XMODEM high byte first)
-with ACK (0x06) and the response frame. A frame with a bad CRC, or a text that
-breaks its command's layout (block lengths, field widths, digit and hex fields,
-unknown command), gets NAK (0x15) and a line on standard error.
-Commands: OPN CLO GIN DSP RMC PRT GPN GCR GOC FNC TLI TLR TLE. TLR takes AID
-records (table type 1, 281 characters) and CAPK records (type 2, 608 characters);
-the three-digit length in front of a record may count its own digits or not.
-Table commands outside a load (TLR or TLE without TLI) are answered 010.
+An ABECS 2.12 PIN pad emulator for developing and testing against the Kovra
+library. Packets are SYN, data, ETB, CRC-16/XMODEM of data and ETB (high byte
+first); inside the data DC3, SYN and ETB travel as 13 33, 13 36 and 13 37, both
+ways. A request is answered with ACK (0x06); a blocking command may then send
+NTM notification packets; the response packet follows, with no ACK in between.
+A bad CRC, a broken stuffing sequence, more than 1024 data bytes, or a text that
+breaks its command's ABECS layout (every block length, field widths, digit, hex
+and display fields) gets NAK (0x15) and the reason on standard error. An unknown
+command is answered ERR010. NAK from the host sends the last packet again; CAN
+(0x18) is answered EOT (0x04) in any state and abandons a command still waiting
+for the cardholder.
+Commands: OPN CLO GIN DSP RMC PRT GPN GCR GOC FNC TLI TLR TLE. Display texts
+(DSP, RMC, CLO, the GPN prompt) and NTM texts are Latin-1. GOC carries three
+blocks (the second and third each a byte count and a tag list), FNC two. TLR
+takes AID records (table type 1, 281 characters) and CAPK records (type 2, 608
+characters), each after a three-digit length that counts its own digits.
+Table commands outside a load (TLR or TLE without TLI) are answered 010. CLO is
+answered CLO000.
+
+Besides ABECS it takes the layouts the Kovra library keeps on purpose: OPN000
+and TLE000 (an empty block), GCR of application type 00 without its
+application list, DSP000, and a GPN without working key whose PAN is
+right-aligned with length 00 and 0 entries.
+  --strict-abecs      refuse those kept layouts too (NAK, with the reason), as a
+                      strict ABECS 2.12 PIN pad would
 
 Endpoint (one of):
   --pty               a pseudo-terminal, raw on both sides (the default)
@@ -161,12 +182,15 @@ Identity (GIN reply; texts are space-filled to their width):
            defaults.specificationVersion + R"(".
 
 Logs:
-  --command-log FILE  append each request text received, without framing, one per line
-                      (card data included: for test benches only)
+  --command-log FILE  append each request text received, without framing, one per line;
+                      card data is masked ('*'): the PAN of GPN keeps its first six and
+                      last four digits, and a GPN that could not be parsed shows no data
+  --log-card-data     write card data to the command log in clear (test benches only)
   --display-log FILE  append each display state (DSP, RMC, CLO, a GPN prompt, an NTM
                       text) as one line: the first 16-character line, "|", the second,
                       e.g. "TRANSACAO       |APROVADA        "
   --verbose           one line per exchange on standard error (command and return code)
+  --version           print the version and exit
 
 Scenarios (--scenario FILE, JSON; --fault JSON adds one rule, repeatable):
   {
@@ -189,15 +213,20 @@ Scenarios (--scenario FILE, JSON; --fault JSON adds one rule, repeatable):
                           action code "00", 2 otherwise)
     "card": "stripe"      the card for this GCR (does not use up "cards")
   how it travels:
-    "ntm": ["INSIRA OU PASSE O CARTAO"]
-                          notification frames before the reply, text "NTM000" +
-                          3-digit length + message, each preceded by ACK
+    "ntm": ["INSIRA OU PASSE O CARTÃO"]
+                          notification packets after the ACK and before the reply,
+                          "NTM000" + 3-digit length + message of at most 32
+                          characters, sent in Latin-1 (others become "?")
     "delay_ms": 500       pause between the ACK and the rest
     "split": 5            write the response frame in pieces of 5 bytes,
     "split": [1, 4]       or of these sizes and then the rest
     "split_delay_ms": 50  pause between pieces (default 50)
     "stray_syn": 3        insert a 0x16 after 3 characters of the reply text (true: 3)
-    "bad_crc": true       send the response frame with a wrong CRC
+    "bad_crc": true       send the response frame with a wrong CRC (a NAK from the host
+                          then gets it again, intact)
+    "nak": true           refuse the request with NAK, as if it had arrived damaged;
+                          the copy the host sends again is answered. Not counted as
+                          a request for "nth"; with "nth" or "times" it picks which
     "silence": true       send nothing (with "ack": true, only the ACK)
     "hangup": "instead"   close the connection (TCP) or the pseudo-terminal instead of
                           replying (with "ack": true, after the ACK); true means "instead"

@@ -22,7 +22,10 @@ public:
     static std::string helpText();
 
     bool help = false;
+    bool version = false;
     bool verbose = false;
+    bool strictAbecs = false;
+    bool logCardData = false;
     std::optional<int> tcpPort;
     std::optional<std::filesystem::path> link;
     std::optional<std::filesystem::path> stateDirectory;

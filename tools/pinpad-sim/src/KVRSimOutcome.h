@@ -11,9 +11,11 @@ struct KVRSimOutcome {
     std::string reason;
     std::string reply;
     KVRSimDelivery delivery;
+    /// The request as the command log may show it.
+    std::string logged;
 
-    static KVRSimOutcome refuse(std::string why) { return KVRSimOutcome{true, std::move(why), {}, {}}; }
+    static KVRSimOutcome refuse(std::string why) { return KVRSimOutcome{true, std::move(why), {}, {}, {}}; }
     static KVRSimOutcome answer(std::string text, KVRSimDelivery how = {}) {
-        return KVRSimOutcome{false, {}, std::move(text), std::move(how)};
+        return KVRSimOutcome{false, {}, std::move(text), std::move(how), {}};
     }
 };

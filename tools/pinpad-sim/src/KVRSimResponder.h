@@ -3,19 +3,33 @@
 #include "KVRSimOutcome.h"
 #include "KVRSimTransport.h"
 
+#include <chrono>
+#include <deque>
 #include <string>
 #include <vector>
 
-/// Puts an outcome on the wire: NAK, or ACK then notification frames (each
-/// after its own ACK, since the host drops one byte before every frame it
-/// reads) and the response frame, shaped as the delivery asks.
+/// Puts outcomes on the wire in request order: NAK, or ACK then notification
+/// frames and the response frame, shaped and paced as the delivery asks.
+/// Pauses are kept as a plan that the server's loop works off, so that a CAN
+/// can still abandon a command that is waiting for the cardholder.
 class KVRSimResponder {
 public:
-    enum class Next { Serve, HangUp };
+    using Clock = std::chrono::steady_clock;
 
     explicit KVRSimResponder(KVRSimTransport& transport) : transport_(transport) {}
 
-    Next deliver(const KVRSimOutcome& outcome);
+    void deliver(const KVRSimOutcome& outcome);
+    /// Sends every step that is due. True when a due step asks to hang up;
+    /// the rest of the plan is then dropped.
+    bool sendDue();
+    /// Milliseconds until the next step is due (0 when one is due), -1 when none waits.
+    int msUntilNextStep() const;
+    /// CAN from the host: everything pending is dropped and EOT answers at once.
+    void abandon();
+    /// NAK from the host: the last frame sent goes again, undamaged.
+    void resendLast();
+    /// The connection went away: nothing pending or sent is kept.
+    void forget();
 
     /// The pieces a frame is written in.
     static std::vector<std::string> pieces(const std::string& frame, const KVRSimDelivery& delivery);
@@ -23,7 +37,17 @@ public:
     static std::string notification(const std::string& text);
 
 private:
-    static void pause(int milliseconds);
+    struct Step {
+        int delayMs = 0;  ///< after the step before it has gone
+        std::string bytes;
+        std::string resendAs;  ///< a frame's undamaged bytes, kept for a NAK
+        bool hangUp = false;
+    };
+
+    void add(Step step);
 
     KVRSimTransport& transport_;
+    std::deque<Step> plan_;
+    Clock::time_point headDue_;
+    std::string lastFrame_;
 };

@@ -67,7 +67,7 @@ KVRSimScenario::Effect KVRSimScenario::match(const std::string& command) {
     int occurrence = ++occurrences_[command];
     Effect effect;
     for (auto& rule : rules_) {
-        if (!rule.take(command, occurrence)) {
+        if (rule.nakCopy || !rule.take(command, occurrence)) {
             continue;
         }
         if (rule.status) effect.status = rule.status;
@@ -76,6 +76,17 @@ KVRSimScenario::Effect KVRSimScenario::match(const std::string& command) {
         effect.delivery.merge(rule.delivery);
     }
     return effect;
+}
+
+bool KVRSimScenario::refusesCopy(const std::string& command) {
+    // The refused copy is not a request the PIN pad took, so it is not counted.
+    int occurrence = occurrences_[command] + 1;
+    for (auto& rule : rules_) {
+        if (rule.nakCopy && rule.take(command, occurrence)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 std::string KVRSimScenario::nextCard(const std::string& fallback) {

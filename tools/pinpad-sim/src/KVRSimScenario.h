@@ -31,6 +31,8 @@ public:
 
     /// Counts one valid request of `command` and merges the rules that apply to it.
     Effect match(const std::string& command);
+    /// True when a "nak" rule refuses the next request of `command` (takes a use).
+    bool refusesCopy(const std::string& command);
     /// The card for a successful card read: the next of "cards" (the last one
     /// repeats), or `fallback` when the scenario lists none.
     std::string nextCard(const std::string& fallback);

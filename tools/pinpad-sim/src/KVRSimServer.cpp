@@ -1,5 +1,7 @@
 #include "KVRSimServer.h"
 
+#include "KVRSimFrame.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -39,7 +41,7 @@ KVRSimServer::KVRSimServer(KVRSimTransport& transport, KVRSimCommandProcessor& p
       processor_(processor),
       responder_(transport),
       reader_([this](const KVRSimFrameReader::Frame& frame) { onFrame(frame); },
-              [this](unsigned char byte) { onNoise(byte); }),
+              [this](unsigned char byte) { onControl(byte); }),
       verbose_(verbose) {
     if (commandLog) {
         commandLog_.emplace(*commandLog, std::ios::app);
@@ -54,12 +56,8 @@ int KVRSimServer::run(std::ostream& announcements) {
     auto endpoint = transport_.open();
     announcements << kReadyPrefix << endpoint << std::endl;
     while (serve(signals)) {
-        if (hangUpRequested_) {
-            hangUpRequested_ = false;
-            reader_.reset();
-            if (auto reopened = transport_.hangUp()) {
-                announcements << kReadyPrefix << *reopened << std::endl;
-            }
+        if (responder_.sendDue()) {
+            hangUp(announcements);
         }
     }
     transport_.close();
@@ -67,9 +65,16 @@ int KVRSimServer::run(std::ostream& announcements) {
     return 0;
 }
 
+void KVRSimServer::hangUp(std::ostream& announcements) {
+    reader_.reset();
+    if (auto reopened = transport_.hangUp()) {
+        announcements << kReadyPrefix << *reopened << std::endl;
+    }
+}
+
 bool KVRSimServer::serve(int signals) {
     pollfd descriptors[2] = {{signals, POLLIN, 0}, {transport_.waitDescriptor(), POLLIN, 0}};
-    if (::poll(descriptors, 2, -1) < 0) {
+    if (::poll(descriptors, 2, responder_.msUntilNextStep()) < 0) {
         return errno == EINTR;
     }
     if (descriptors[0].revents & POLLIN) {
@@ -82,6 +87,7 @@ bool KVRSimServer::serve(int signals) {
         auto received = transport_.receive();
         if (received.peerChanged) {
             reader_.reset();
+            responder_.forget();
         }
         reader_.feed(received.bytes);
     }
@@ -89,31 +95,36 @@ bool KVRSimServer::serve(int signals) {
 }
 
 void KVRSimServer::onFrame(const KVRSimFrameReader::Frame& frame) {
-    if (hangUpRequested_) {
-        return;  // the connection is about to be dropped; later frames are lost with it
-    }
-    if (commandLog_) {
-        *commandLog_ << frame.text << std::endl;
-    }
     KVRSimOutcome outcome;
     if (frame.overlong) {
         outcome = KVRSimOutcome::refuse("frame text longer than " + std::to_string(KVRSimFrameReader::kMaximumText) +
                                         " characters");
     } else if (!frame.crcMatches) {
         outcome = KVRSimOutcome::refuse("bad CRC on a frame of " + std::to_string(frame.text.size()) + " characters");
+    } else if (!frame.malformed.empty()) {
+        outcome = KVRSimOutcome::refuse("malformed packet: " + frame.malformed);
     } else {
         outcome = processor_.process(frame.text);
+    }
+    if (commandLog_) {
+        *commandLog_ << (outcome.logged.empty() ? processor_.loggable(frame.text) : outcome.logged) << std::endl;
     }
     if (outcome.refused) {
         std::cerr << "kovra-pinpad-sim: NAK " << commandName(frame.text) << ": " << outcome.reason << std::endl;
     } else if (verbose_) {
         log("<- " + commandName(frame.text) + " -> " + outcome.reply.substr(0, std::min<size_t>(outcome.reply.size(), 6)));
     }
-    hangUpRequested_ = responder_.deliver(outcome) == KVRSimResponder::Next::HangUp;
+    responder_.deliver(outcome);
 }
 
-void KVRSimServer::onNoise(unsigned char byte) {
-    if (verbose_) {
+void KVRSimServer::onControl(unsigned char byte) {
+    if (byte == static_cast<unsigned char>(KVRSimFrame::kCan)) {
+        if (verbose_) log("CAN: pending replies dropped, EOT");
+        responder_.abandon();
+    } else if (byte == static_cast<unsigned char>(KVRSimFrame::kNak)) {
+        if (verbose_) log("NAK from the host: last frame sent again");
+        responder_.resendLast();
+    } else if (verbose_) {
         char text[64];
         std::snprintf(text, sizeof text, "ignored byte 0x%02X outside a frame", byte);
         log(text);

@@ -12,7 +12,8 @@
 #include <string>
 
 /// Serves the host until SIGINT or SIGTERM: reads frames, hands their texts
-/// to the processor and the outcomes to the responder.
+/// to the processor and the outcomes to the responder, and answers the host's
+/// CAN (EOT, abandoning what is pending) and NAK (the last frame again).
 class KVRSimServer {
 public:
     static constexpr const char* kReadyPrefix = "kovra-pinpad-sim ready on ";
@@ -26,9 +27,10 @@ public:
 
 private:
     void onFrame(const KVRSimFrameReader::Frame& frame);
-    void onNoise(unsigned char byte);
+    void onControl(unsigned char byte);
     void log(const std::string& line) const;
     bool serve(int signals);
+    void hangUp(std::ostream& announcements);
 
     KVRSimTransport& transport_;
     KVRSimCommandProcessor& processor_;
@@ -36,5 +38,4 @@ private:
     KVRSimFrameReader reader_;
     std::optional<std::ofstream> commandLog_;
     bool verbose_;
-    bool hangUpRequested_ = false;
 };

@@ -35,7 +35,8 @@ int serve(const KVRSimOptions& options) {
     tables.restore();
     KVRSimDisplay display(options.displayLog);
     auto card = options.card.value_or(scenario.card().value_or("chip-visa"));
-    KVRSimCommandProcessor processor(options.identity, card, scenario, tables, display);
+    KVRSimCommandProcessor processor(options.identity, card, scenario, tables, display,
+                                     {options.strictAbecs, options.logCardData});
     auto transport = makeTransport(options);
     KVRSimServer server(*transport, processor, options.commandLog, options.verbose);
     return server.run(std::cout);
@@ -56,6 +57,10 @@ int main(int argc, char** argv) {
     }
     if (options.help) {
         std::cout << KVRSimOptions::helpText();
+        return 0;
+    }
+    if (options.version) {
+        std::cout << "kovra-pinpad-sim " << KOVRA_PINPAD_SIM_VERSION << std::endl;
         return 0;
     }
     try {

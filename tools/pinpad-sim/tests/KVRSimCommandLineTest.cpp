@@ -15,11 +15,19 @@ TEST(KVRSimCommandLine, HelpDescribesEndpointsLogsAndScenarios) {
     auto [status, output] = KVRSimTestProcess::run({"--help"}, place.file("stderr.txt"));
     EXPECT_EQ(status, 0);
     for (const char* topic : {"--pty", "--link", "--tcp", "--state", "--card", "--scenario", "--display-log",
-                              "--command-log", "--name", "--model", "--serial", "--sover", "--manver", "ready on",
+                              "--command-log", "--log-card-data", "--strict-abecs", "--version", "--name", "--model", "--serial", "--sover", "--manver", "ready on",
                               "chip-visa", "stripe-chip", "\"cards\"", "\"ntm\"", "\"split\"", "\"stray_syn\"",
-                              "\"bad_crc\"", "\"silence\"", "\"hangup\""}) {
+                              "\"bad_crc\"", "\"nak\"", "\"silence\"", "\"hangup\""}) {
         EXPECT_NE(output.find(topic), std::string::npos) << topic;
     }
+}
+
+TEST(KVRSimCommandLine, VersionIsPrintedAlone) {
+    KVRSimTestDirectory place;
+    auto [status, output] = KVRSimTestProcess::run({"--version"}, place.file("stderr.txt"));
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(output.rfind("kovra-pinpad-sim ", 0), 0u) << output;
+    EXPECT_NE(output.find_first_of("0123456789"), std::string::npos) << output;
 }
 
 TEST(KVRSimCommandLine, UnusableCommandLinesExitWithTwo) {
@@ -63,22 +71,33 @@ TEST(KVRSimCommandLine, LinkNamesTheTerminalUntilTheEmulatorStops) {
     EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(link)));
 }
 
-TEST(KVRSimCommandLine, LogsRecordRequestsAsReceivedAndEveryDisplayState) {
-    KVRSimTestDirectory logs;
-    KVRSimTestBench bench({"--command-log", logs.file("commands.log"), "--display-log", logs.file("display.log")});
-    auto& host = bench.client();
-    host.exchange(R::display("DSP", "Processando..."));
-    host.exchange(R::display("RMC", R::left("TRANSACAO", 16) + "APROVADA"));
-    host.send(KVRSimTestWire::frame("DSP005Hello"));
-    EXPECT_EQ(host.readByte(), KVRSimTestWire::kNak);
-    host.exchange(R::display("CLO", "KOVRA"));
-    EXPECT_EQ(logs.read("commands.log"), R::display("DSP", "Processando...") + "\n" +
-                                             R::display("RMC", R::left("TRANSACAO", 16) + "APROVADA") + "\n" +
-                                             "DSP005Hello\n" + R::display("CLO", "KOVRA") + "\n");
-    EXPECT_EQ(logs.read("display.log"),
-              "Processando...  |                \n"
-              "TRANSACAO       |APROVADA        \n"
-              "KOVRA           |                \n");
+TEST(KVRSimCommandLine, LogsRecordRequestsWithCardDataMaskedAndEveryDisplayStateInUtf8) {
+    const std::string pan = "5555555555554444";
+    for (bool clear : {false, true}) {
+        SCOPED_TRACE(clear ? "--log-card-data" : "masked");
+        KVRSimTestDirectory logs;
+        std::vector<std::string> arguments{"--command-log", logs.file("commands.log"), "--display-log",
+                                           logs.file("display.log")};
+        if (clear) arguments.push_back("--log-card-data");
+        KVRSimTestBench bench(arguments);
+        auto& host = bench.client();
+        host.exchange(R::display("DSP", "Processando..."));
+        host.exchange(R::gpn(pan, "SENHA:"));
+        for (const char* refused : {"GPN00555555", "DSP005Hello"}) {
+            host.send(KVRSimTestWire::frame(refused));
+            EXPECT_EQ(host.readByte(), KVRSimTestWire::kNak);
+        }
+        host.exchange("RMC032    OPERA\xC7\xC3O       FINALIZADA   ");
+        EXPECT_EQ(logs.read("commands.log"),
+                  R::display("DSP", "Processando...") + "\n" +
+                      R::gpn(clear ? pan : "555555******4444", "SENHA:") + "\n" +
+                      (clear ? "GPN00555555" : "GPN********") + "\nDSP005Hello\n" +
+                      "RMC032    OPERA\xC7\xC3O       FINALIZADA   \n");
+        EXPECT_EQ(logs.read("display.log"),
+                  "Processando...  |                \n"
+                  "SENHA:          |                \n"
+                  "    OPERAÇÃO    |   FINALIZADA   \n");
+    }
 }
 
 }  // namespace

@@ -39,21 +39,23 @@ TEST(KVRSimFaults, ReturnCodesAndDecisionsReplaceTheNormalReplies) {
     EXPECT_EQ(host.exchange("OPN000"), "OPN000") << "times 2 is spent";
 }
 
-TEST(KVRSimFaults, NotificationsComeFirstEachAfterItsOwnAck) {
+TEST(KVRSimFaults, NotificationsFollowTheOneAckInLatin1) {
     KVRSimTestDirectory logs;
     auto bench = KVRSimTestBench::withScenario(
-        R"({"faults": [{"command": "GCR", "ntm": ["INSIRA OU PASSE O CARTAO", "PROCESSANDO"]}]})",
+        R"({"faults": [{"command": "GCR", "ntm": ["SELECIONADO:    CREDITO         ", "INSIRA O CARTÃO"]}]})",
         {"--display-log", logs.file("display.log")});
     bench->loadTables();
     auto& host = bench->client();
     host.send(Wire::frame(R::gcr()));
+    // A real PIN pad: ACK, the notifications and the response, nothing in between.
     EXPECT_EQ(host.readByte(), Wire::kAck);
-    EXPECT_EQ(host.readFrame().raw, Wire::frame("NTM000024INSIRA OU PASSE O CARTAO"));
-    EXPECT_EQ(host.readByte(), Wire::kAck);
-    EXPECT_EQ(host.readFrame().raw, Wire::frame("NTM000011PROCESSANDO"));
-    EXPECT_EQ(host.readByte(), Wire::kAck);
+    EXPECT_EQ(Wire::hexDump(host.readFrame().raw),
+              "16 4E 54 4D 30 30 30 30 33 32 53 45 4C 45 43 49 4F 4E 41 44 4F 3A 20 20 20 20 43 52 45 44 49 54 4F 20 "
+              "20 20 20 20 20 20 20 20 17 FE DC ");
+    EXPECT_EQ(host.readFrame().raw, Wire::frame("NTM000015INSIRA O CART\xC3O"));
     EXPECT_EQ(host.readFrame().text.substr(0, 6), "GCR000");
-    EXPECT_EQ(logs.read("display.log"), "INSIRA OU PASSE |O CARTAO        \nPROCESSANDO     |                \n");
+    EXPECT_EQ(logs.read("display.log"),
+              "SELECIONADO:    |CREDITO         \nINSIRA O CARTÃO |                \n");
 }
 
 TEST(KVRSimFaults, SplitReplyArrivesInTheAskedPieces) {
@@ -76,10 +78,11 @@ TEST(KVRSimFaults, SplitReplyArrivesInTheAskedPieces) {
     EXPECT_EQ(host.exchange("OPN000"), "OPN000") << "pieces of two bytes reassemble";
 }
 
-TEST(KVRSimFaults, DamagedFramesCarryTheDamageAsked) {
+TEST(KVRSimFaults, DamagedFramesCarryTheDamageAskedAndANakGetsThemIntact) {
     auto bench = KVRSimTestBench::withScenario(R"({"faults": [
         {"command": "OPN", "nth": 1, "stray_syn": 3},
-        {"command": "OPN", "nth": 2, "bad_crc": true}]})");
+        {"command": "OPN", "nth": 2, "bad_crc": true},
+        {"command": "GIN", "nak": true, "times": 1}]})");
     auto& host = bench->client();
     host.send(Wire::frame("OPN000"));
     EXPECT_EQ(host.readByte(), Wire::kAck);
@@ -90,6 +93,13 @@ TEST(KVRSimFaults, DamagedFramesCarryTheDamageAsked) {
     auto wrong = host.readFrame();
     EXPECT_EQ(wrong.text, "OPN000");
     EXPECT_FALSE(wrong.crcMatches);
+    host.send(std::string(1, Wire::kNak));
+    EXPECT_EQ(host.readFrame().raw, Wire::frame("OPN000")) << "the host's NAK gets the response again, intact";
+
+    host.send(Wire::frame("GIN00200"));
+    EXPECT_EQ(host.readByte(), Wire::kNak) << "the first copy is refused";
+    EXPECT_EQ(host.exchange("GIN00200").substr(0, 9), "GIN000100") << "the copy sent again is answered";
+    EXPECT_EQ(host.exchange("GIN00200").substr(0, 9), "GIN000100") << "times 1 is spent";
 }
 
 TEST(KVRSimFaults, SilenceSendsNothingOrOnlyTheAck) {

@@ -17,7 +17,7 @@ TEST(KVRSimTables, CardReadNeedsACompleteLoadWithTheRequestedStamp) {
     auto& host = bench.client();
     EXPECT_EQ(host.exchange(R::gcr()), "GCR020");
     EXPECT_EQ(host.exchange(R::tli()), "TLI000");
-    EXPECT_EQ(host.exchange(R::tlr({R::aidRecord(), R::capkRecord()}, 0)), "TLR000");
+    EXPECT_EQ(host.exchange(R::tlr({R::aidRecord(), R::capkRecord()})), "TLR000");
     EXPECT_EQ(host.exchange(R::gcr()), "GCR020") << "a load without TLE is not complete";
     EXPECT_EQ(host.exchange("TLE000"), "TLE000");
     EXPECT_EQ(host.exchange(R::gcr()).substr(0, 9), "GCR000342");

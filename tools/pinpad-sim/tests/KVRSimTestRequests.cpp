@@ -28,13 +28,13 @@ std::string KVRSimTestRequests::gcr(const std::string& stamp, int applicationTyp
 std::string KVRSimTestRequests::goc(long long amount, const std::string& tags) {
     std::string first = number(amount, 12) + number(0, 12) + "0" + "1" + "0" + "3" + "16" + std::string(32, '0') +
                         "0" + number(0, 8) + "00" + number(0, 8) + "00" + "000";
-    return "GOC" + block(first) + number(static_cast<long long>(tags.size() / 2), 3) + tags + "000";
+    return "GOC" + block(first) + block(number(static_cast<long long>(tags.size() / 2), 3) + tags) + block("000");
 }
 
 std::string KVRSimTestRequests::fnc(const std::string& actionCode, const std::string& issuerData) {
     std::string first = "0" + std::string("0") + actionCode +
                         number(static_cast<long long>(issuerData.size() / 2), 3) + issuerData + "000";
-    return "FNC" + block(first) + number(static_cast<long long>(std::string(kTags).size() / 2), 3) + kTags;
+    return "FNC" + block(first) + block(number(static_cast<long long>(std::string(kTags).size() / 2), 3) + kTags);
 }
 
 std::string KVRSimTestRequests::gpn(const std::string& pan, const std::string& message) {

@@ -23,6 +23,7 @@ public:
     static std::string gcr(const std::string& stamp = kStamp, int applicationType = 1, int acquirer = 8);
     static std::string goc(long long amount, const std::string& tags = kTags);
     static std::string fnc(const std::string& actionCode, const std::string& issuerData = "");
+    /// The library's GPN: no working key, PAN right-aligned, its length and the entry count 0.
     static std::string gpn(const std::string& pan, const std::string& message);
     static std::string tli(const std::string& stamp = kStamp);
     /// TLR carrying the records; each prefixed with its length plus `lengthExtra`.

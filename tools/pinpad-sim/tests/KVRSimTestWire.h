@@ -8,10 +8,12 @@
 /// emulator so that the two cannot share a mistake.
 class KVRSimTestWire {
 public:
+    static constexpr char kEot = 0x04;
     static constexpr char kAck = 0x06;
     static constexpr char kNak = 0x15;
     static constexpr char kSyn = 0x16;
     static constexpr char kEtb = 0x17;
+    static constexpr char kCan = 0x18;
 
     static uint16_t crc(std::string_view bytes);
     /// SYN, text, ETB, CRC over text and ETB (high byte first).

@@ -30,6 +30,36 @@ TEST_P(KVRSimWireTest, AnswersOpnWithAckAndTheEchoedFrame) {
     EXPECT_EQ(Wire::hexDump(reply.raw), "16 4F 50 4E 30 30 30 17 77 5E ");
 }
 
+TEST_P(KVRSimWireTest, AnswersTheAbecsVectors) {
+    auto& host = bench.client();
+    host.send(Wire::bytes({0x16, 0x4F, 0x50, 0x4E, 0x17, 0x00, 0x00}));
+    EXPECT_EQ(host.readByte(), Wire::kNak) << "bad-CRC OPN";
+    host.send(Wire::bytes({0x16, 0x4F, 0x50, 0x4E, 0x17, 0xA8, 0xA9}));
+    EXPECT_EQ(host.readByte(), Wire::kAck) << "OPN without block";
+    EXPECT_EQ(Wire::hexDump(host.readFrame().raw), "16 4F 50 4E 30 30 30 17 77 5E ");
+    host.send(Wire::bytes({0x16, 0x44, 0x53, 0x50, 0x30, 0x33, 0x32, 0x20, 0x20, 0x20, 0x20, 0x4F, 0x50, 0x45, 0x52,
+                           0x41, 0xC7, 0xC3, 0x4F, 0x20, 0x20, 0x20, 0x20, 0x20, 0x20, 0x20, 0x46, 0x49, 0x4E, 0x41,
+                           0x4C, 0x49, 0x5A, 0x41, 0x44, 0x41, 0x20, 0x20, 0x20, 0x17, 0x52, 0x13}));
+    EXPECT_EQ(host.readByte(), Wire::kAck) << "DSP in Latin-1, a CRC byte equal to DC3 left as it is";
+    EXPECT_EQ(Wire::hexDump(host.readFrame().raw), "16 44 53 50 30 30 30 17 39 63 ");
+}
+
+TEST_P(KVRSimWireTest, CanIsAnsweredEotAndAbandonsACardReadWaitingForTheCard) {
+    auto& host = bench.client();
+    host.send(std::string(1, Wire::kCan));
+    EXPECT_EQ(host.readByte(), Wire::kEot) << "idle";
+    // GCR answers 020 at once without tables; with them, the scenario keeps it waiting for the card.
+    KVRSimTestBench waiting({"--fault", R"({"command":"GCR","delay_ms":500})"}, GetParam());
+    waiting.loadTables();
+    auto& cardholder = waiting.client();
+    cardholder.send(Wire::frame(KVRSimTestRequests::gcr()));
+    EXPECT_EQ(cardholder.readByte(), Wire::kAck);
+    cardholder.send(std::string(1, Wire::kCan));
+    EXPECT_EQ(cardholder.readByte(), Wire::kEot);
+    EXPECT_EQ(cardholder.readByte(std::chrono::milliseconds(1000)), std::nullopt) << "the card read was abandoned";
+    EXPECT_EQ(cardholder.exchange("OPN000"), "OPN000");
+}
+
 TEST_P(KVRSimWireTest, GinReportsTheDefaultIdentityInItsFieldWidths) {
     auto reply = bench.client().exchange("GIN00200");
     ASSERT_EQ(reply.size(), 9u + 100u);

@@ -38,7 +38,7 @@ TEST(KovraCliCommandsTest, EnrolmentMerchantsAndTables) {
     EXPECT_EQ(merchant["address"]["city"], "São Paulo");
 
     auto again = bench.run({"enroll", "KOVRA-0001"});
-    EXPECT_EQ(again.exitCode, 1);
+    EXPECT_EQ(again.exitCode, 2);
     EXPECT_EQ(again.err, "error 202: The current kovracode is already activated.\n");
 
     auto listed = bench.run({"merchants"});
@@ -67,7 +67,7 @@ TEST(KovraCliCommandsTest, EnrolmentMerchantsAndTables) {
     EXPECT_EQ(bench.run({"deactivate", "KOVRA-0001"}).exitCode, 0);
     EXPECT_EQ(parsed(bench.run({"merchants", "--json"})), json::array());
     auto unknown = bench.run({"deactivate", "KOVRA-0001"});
-    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_EQ(unknown.exitCode, 2);
     EXPECT_EQ(unknown.err, "kovra: no merchant is enrolled with the KovraCode KOVRA-0001\n");
 }
 
@@ -84,11 +84,11 @@ TEST(KovraCliCommandsTest, PinpadCommandsConnectFirst) {
     EXPECT_EQ(bench.pinpadCommands().back().substr(0, 15), "DSP032OLA MUNDO");
 
     auto tooLong = bench.run({"display", std::string(33, 'X')});
-    EXPECT_EQ(tooLong.exitCode, 1);
+    EXPECT_EQ(tooLong.exitCode, 2);
     EXPECT_EQ(tooLong.err, "error 105: The string exceeded the number of allowed characters.\n");
 
     auto withoutTables = bench.run({"card-pan"});
-    EXPECT_EQ(withoutTables.exitCode, 1);
+    EXPECT_EQ(withoutTables.exitCode, 3);
     EXPECT_EQ(withoutTables.err, "error 304: Tables AID or CAPK not found. Download tables from server.\n");
 
     enrolAndDownload(bench);
@@ -152,13 +152,12 @@ TEST_F(KovraCliSalesTest, SaleListCancelAndReceipts) {
     EXPECT_EQ(last["transaction"]["status"], 1);
     EXPECT_EQ(bench_.run({"pending"}).out, "nothing is owed to the acquirer\n");
 
-    auto stripe = bench_.run({"--json", "sale", "--amount", "2590", "--debit", "--instalments", "2"});
+    auto stripe = bench_.run({"--json", "sale", "--amount", "2590", "--debit"});
     ASSERT_EQ(stripe.exitCode, 0) << stripe.err;
     json debit = parsed(stripe);
     EXPECT_EQ(debit["type"], "debit");
     EXPECT_EQ(debit["lastDigits"], "4444");
-    EXPECT_EQ(debit["instalments"], 3);
-    EXPECT_EQ(debit["instalmentType"], 1);
+    EXPECT_EQ(debit["instalments"], 0);
 
     json all = parsed(bench_.run({"list", "--json"}));
     ASSERT_EQ(all.size(), 3u);
@@ -177,8 +176,19 @@ TEST_F(KovraCliSalesTest, SaleListCancelAndReceipts) {
     ASSERT_EQ(cancelled.exitCode, 0) << cancelled.err;
     EXPECT_EQ(parsed(cancelled)["status"], 5);
     auto twice = bench_.run({"cancel", reference});
-    EXPECT_EQ(twice.exitCode, 1);
+    EXPECT_EQ(twice.exitCode, 2);
     EXPECT_EQ(twice.err, "error 210: This transaction is already cancelled or can not be cancelled.\n");
+
+    // No receipt for a declined sale, no cancellation receipt for a standing one.
+    for (const auto& [sale, flag] : std::vector<std::pair<std::string, std::string>>{
+             {last["transaction"]["reference"].get<std::string>(), ""},
+             {debit["reference"].get<std::string>(), "--cancellation"}}) {
+        std::vector<std::string> arguments{"receipt", sale, "--to", "cliente@example.com"};
+        if (!flag.empty()) arguments.push_back(flag);
+        auto refused = bench_.run(arguments);
+        EXPECT_EQ(refused.exitCode, 2) << flag;
+        EXPECT_NE(refused.err.find("it has no"), std::string::npos) << refused.err;
+    }
 
     auto voidReceipt =
         bench_.run({"receipt", reference, "--to", "cliente@example.com", "--cancellation", "--company-info"});

@@ -1,9 +1,11 @@
-// Bad inputs and unhelpful peers: each ends with one clear line and exit code
-// 1, or with Ctrl-C.
+// Bad inputs and unhelpful peers: each ends with one clear line and the exit
+// code of its kind (2 refused, 3 technical), or with Ctrl-C.
 #include "KovraEmulatorBench.h"
 
 #include "support/KVRTempDirectory.h"
 #include "support/KVRWaitUntil.h"
+
+#include <kovra/KVRErrors.h>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -26,7 +28,7 @@ TEST(KovraCliFailureTest, DevicePathThatDoesNotExist) {
         std::vector<std::string> arguments{"--pinpad", data.file("no-such-tty")};
         arguments.insert(arguments.end(), command.begin(), command.end());
         auto result = runKovra(arguments, {"KOVRA_DATA_DIR=" + data.path()});
-        EXPECT_EQ(result.exitCode, 1) << command.front();
+        EXPECT_EQ(result.exitCode, 3) << command.front();
         EXPECT_EQ(result.err, kNoPinpad) << command.front();
         EXPECT_EQ(result.out, "") << command.front();
     }
@@ -39,39 +41,57 @@ TEST(KovraCliFailureTest, UnreachableAcquirer) {
     // Enrolment reports a transport failure twice (the error, then an empty
     // reply); only the first is printed.
     auto enrolled = bench.run({"enroll", "KOVRA-0001"});
-    EXPECT_EQ(enrolled.exitCode, 1);
+    EXPECT_EQ(enrolled.exitCode, 3);
     EXPECT_EQ(enrolled.err, "error -1004: Could not connect to the server.\n");
     auto mailed = bench.run({"feedback", "oi"});
-    EXPECT_EQ(mailed.exitCode, 1);
+    EXPECT_EQ(mailed.exitCode, 3);
     EXPECT_EQ(mailed.err, "error 103: Your message got an error.\n");
 }
 
-TEST(KovraCliFailureTest, PreconditionsOfTheLibrary) {
+// The exit code says what kind of failure it was; --json gives the same
+// error as a document on standard output.
+TEST(KovraCliFailureTest, ExitCodeAndJsonErrorFollowTheKindOfFailure) {
     KovraEmulatorBench bench;
+    const std::string library = KVRErrors::domain();
     struct Case {
         std::vector<std::string> arguments;
-        std::string error;
+        int exitCode;
+        std::string domain;
+        long code;
+        std::string message;
     };
     const std::vector<Case> cases{
-        {{"sale", "--amount", "1000"}, "error 201: Kovracode activation is needed before running this operation.\n"},
-        {{"tables", "download"}, "error 201: Kovracode activation is needed before running this operation.\n"},
-        {{"sale", "--amount", "9"}, "error 203: Invalid value for transaction.\n"},
-        {{"enroll", "KOVRA-9999"}, "error 306: Error reading response from server.\n"},
+        {{"sale", "--amount", "1000"}, 2, library, 201, "Kovracode activation is needed before running this operation."},
+        {{"tables", "download"}, 2, library, 201, "Kovracode activation is needed before running this operation."},
+        {{"sale", "--amount", "9"}, 2, library, 203, "Invalid value for transaction."},
+        {{"cancel", "NOPE"}, 2, "usage", 2, "no stored transaction has the reference NOPE"},
+        {{"enroll", "KOVRA-9999"}, 3, library, 306, "Error reading response from server."},
     };
     for (const auto& testCase : cases) {
+        SCOPED_TRACE(testCase.arguments.front());
         auto result = bench.run(testCase.arguments);
-        EXPECT_EQ(result.exitCode, 1) << testCase.arguments.front();
-        EXPECT_EQ(result.err, testCase.error);
+        EXPECT_EQ(result.exitCode, testCase.exitCode);
+        EXPECT_EQ(result.err, (testCase.domain == "usage" ? "kovra: " : "error " + std::to_string(testCase.code) + ": ") +
+                                  testCase.message + "\n");
+        auto arguments = testCase.arguments;
+        arguments.insert(arguments.begin(), "--json");
+        auto json = bench.run(arguments);
+        EXPECT_EQ(json.exitCode, testCase.exitCode);
+        EXPECT_EQ(json.err, "");
+        EXPECT_EQ(nlohmann::json::parse(json.out, nullptr, false),
+                  (nlohmann::json{{"error", {{"code", testCase.code}, {"domain", testCase.domain},
+                                             {"message", testCase.message}}}}))
+            << json.out;
     }
 }
 
 TEST(KovraCliFailureTest, ReferenceThatDoesNotExist) {
     KovraEmulatorBench bench;
     ASSERT_EQ(bench.run({"enroll", "KOVRA-0001"}).exitCode, 0);
-    for (const auto& arguments : std::vector<std::vector<std::string>>{
-             {"cancel", "NOPE"}, {"receipt", "NOPE", "--to", "a@example.com"}, {"--json", "cancel", "NOPE"}}) {
+    for (const auto& arguments :
+         std::vector<std::vector<std::string>>{{"cancel", "NOPE"}, {"receipt", "NOPE", "--to", "a@example.com"}}) {
         auto result = bench.run(arguments);
-        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.exitCode, 2);
         EXPECT_EQ(result.err, "kovra: no stored transaction has the reference NOPE\n");
         EXPECT_EQ(result.out, "");
     }
@@ -102,14 +122,16 @@ protected:
 
 TEST_F(KovraCliSilentPinpadTest, ReadTimeOutEndsTheCommand) {
     auto result = bench_.run({"--read-timeout", "0.3", "display", "OI"});
-    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.exitCode, 3);
     ASSERT_EQ(result.errorLines().size(), 1u) << result.err;
     EXPECT_EQ(result.err.rfind("error ", 0), 0u) << result.err;
 }
 
 // Interrupted while the card has yet to hear the approval: the tool waits
 // until the journal has settled the sale (here the PIN pad's silence makes it
-// a reversal) and then leaves with 130; nothing is left approved or owed.
+// a reversal) and then leaves with 130; nothing is left approved or owed. The
+// interrupt aborts the PIN pad command, so the card ends as one that did not
+// take the approval: declined, and the approval reversed.
 TEST(KovraCliInterruptTest, AnInterruptedSaleLeavesNothingApprovedOrOwed) {
     KovraEmulatorBench::Options options;
     options.pinpadFaults = {{{"command", "FNC"}, {"silence", true}}};
@@ -130,7 +152,7 @@ TEST(KovraCliInterruptTest, AnInterruptedSaleLeavesNothingApprovedOrOwed) {
         EXPECT_EQ(result.exitCode, 130) << result.err;
         auto last = nlohmann::json::parse(bench.run({"--json", "last"}).out);
         EXPECT_EQ(last["state"], "reversed") << last.dump(2);
-        EXPECT_EQ(last["transaction"]["status"], 5) << last.dump(2);
+        EXPECT_EQ(last["transaction"]["status"], 1) << last.dump(2);
         EXPECT_EQ(bench.run({"pending"}).out, "nothing is owed to the acquirer\n");
     }
 }
@@ -144,7 +166,7 @@ TEST(KovraCliFailureTest, UnreadableStoreIsReported) {
     std::filesystem::remove(store + "-wal");
     std::ofstream(store, std::ios::trunc) << std::string(5000, 'x');
     auto found = bench.run({"list"});
-    EXPECT_EQ(found.exitCode, 1);
+    EXPECT_EQ(found.exitCode, 3);
     EXPECT_NE(found.err.find("could not be read and was moved to " + store + ".corrupt-"), std::string::npos)
         << found.err;
     auto later = bench.run({"list"});

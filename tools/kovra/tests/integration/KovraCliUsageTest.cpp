@@ -26,6 +26,8 @@ void PrintTo(const UsageCase& usage, std::ostream* out) {
 
 class KovraCliUsageTest : public ::testing::TestWithParam<UsageCase> {};
 
+// One plain line on standard error, or with --json (wherever it stands) the
+// error document on standard output; exit code 2 either way.
 TEST_P(KovraCliUsageTest, BadUsageIsOneLineAndExitCodeTwo) {
     KVRTempDirectory data;
     auto arguments = GetParam().arguments;
@@ -35,6 +37,16 @@ TEST_P(KovraCliUsageTest, BadUsageIsOneLineAndExitCodeTwo) {
     ASSERT_EQ(result.errorLines().size(), 1u) << result.err;
     EXPECT_EQ(result.err.rfind("kovra: ", 0), 0u) << result.err;
     EXPECT_NE(result.err.find(GetParam().says), std::string::npos) << result.err;
+
+    arguments.push_back("--json");
+    auto json = runKovra(arguments, {"KOVRA_DATA_DIR=" + data.path()});
+    EXPECT_EQ(json.exitCode, 2);
+    EXPECT_EQ(json.err, "");
+    auto document = nlohmann::json::parse(json.out, nullptr, false);
+    ASSERT_TRUE(document.is_object()) << json.out;
+    EXPECT_EQ(document["error"]["code"], 2);
+    EXPECT_EQ(document["error"]["domain"], "usage");
+    EXPECT_EQ(document["error"]["message"], result.err.substr(7, result.err.size() - 8)) << json.out;
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -49,13 +61,18 @@ INSTANTIATE_TEST_SUITE_P(
                       UsageCase{{"sale", "--amount", "ten"}, "--amount"},
                       UsageCase{{"sale", "--amount", "1000", "--credit", "--debit"}, "excludes"},
                       UsageCase{{"sale", "--amount", "1000", "--instalments", "-1"}, "--instalments"},
+                      UsageCase{{"sale", "--amount", "1000", "--debit", "--instalments", "2"}, "single payment"},
                       UsageCase{{"list", "--pan", "123"}, "last four digits"},
                       UsageCase{{"list", "--pan", "12a4"}, "last four digits"},
                       UsageCase{{"list", "--pan", "1234", "--card"}, "excludes"},
                       UsageCase{{"enroll"}, "KOVRACODE"},
                       UsageCase{{"display", "one", "two"}, "two"},
                       UsageCase{{"receipt", "ABC"}, "--to"},
-                      UsageCase{{"--read-timeout", "0", "connect"}, "--read-timeout"},
+                      UsageCase{{"receipt", "ABC", "--to", "not-an-email"}, "e-mail address"},
+                      UsageCase{{"help", "tables", "frob"}, "unknown command tables frob"},
+                      UsageCase{{"--read-timeout", "0", "connect"}, "--read-timeout: expected a number of seconds above 0"},
+                      UsageCase{{"--pinpad", "/dev/ttyUSB0@abc", "connect"}, "one of 1200"},
+                      UsageCase{{"--pinpad", "/dev/ttyUSB0@12345", "connect"}, "one of 1200"},
                       UsageCase{{"demo", "--pause", "-1"}, "--pause"}));
 
 TEST(KovraCliHelpTest, EveryCommandHasHelp) {

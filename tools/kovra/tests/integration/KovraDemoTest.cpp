@@ -140,7 +140,7 @@ TEST(KovraDemoTest, MissingEmulatorsAreNamed) {
     fs::copy_file(KOVRA_CLI_BINARY, copy);
     fs::permissions(copy, fs::perms::owner_all);
     auto result = KovraCliProcess({"demo"}, {"PATH=" + alone.path(), "TMPDIR=" + alone.path()}, copy).finish();
-    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.exitCode, 3);
     ASSERT_EQ(result.errorLines().size(), 1u) << result.err;
     EXPECT_EQ(result.err.rfind("kovra: cannot find kovra-acquirer-sim", 0), 0u) << result.err;
 }
