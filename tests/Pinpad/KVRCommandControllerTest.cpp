@@ -98,13 +98,16 @@ TEST_F(CommandControllerTest, FixedRequestsCarryTheLibrarysValues) {
     EXPECT_TRUE(log_.contains("Return GIN000")) << log_.text();
 }
 
-// A reply left over from a killed run answers the identity request: the
-// console line names it by its own name and shows no card data.
-TEST_F(CommandControllerTest, AStaleCardReadAnsweringTheIdentityRequestIsLoggedMasked) {
+// A reply left over from a killed run comes before the identity: the lines
+// that show it name it by its own name and show no card data.
+TEST_F(CommandControllerTest, AStaleCardReadBeforeTheIdentityIsLoggedMasked) {
     KVRPinpadReplies::CardRead card;
-    pinpad_.setHandler([&](const std::string&) -> std::vector<std::string> { return {gcrReply(0, card)}; });
+    pinpad_.setHandler([&](const std::string&) -> std::vector<std::string> {
+        return {gcrReply(0, card), KVRPinpadReplies::ginReply("KOVRA", "SIM", "SN1")};
+    });
     KVRCommandController().sendCommandGin();
-    EXPECT_TRUE(log_.contains("Return GCR000")) << log_.text();
+    EXPECT_TRUE(log_.contains("GCR000")) << log_.text();
+    EXPECT_TRUE(log_.contains("Return GIN000")) << log_.text();
     for (const auto& secret : {card.pan, card.secondTrack, card.cardHolderName})
         EXPECT_FALSE(log_.contains(secret)) << log_.text();
 }
