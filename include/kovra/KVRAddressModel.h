@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
 #include <kovra/KVRRecord.h>
 
 #include <memory>
@@ -9,7 +10,7 @@
 class KVRMerchantModel;
 
 /// A merchant's postal address.
-class KVRAddressModel : public KVRRecord<KVRAddressModel> {
+class KOVRA_API KVRAddressModel : public KVRRecord<KVRAddressModel> {
 public:
     static const KVREntityDescription& entity();
 

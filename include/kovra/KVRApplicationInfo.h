@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
 #include <kovra/KVRPropertyValue.h>
 
 #include <optional>
@@ -9,7 +10,7 @@
 /// settings from here on every use ("Kovra Homologation", "Kovra Pinpad",
 /// "CFBundleVersion"...). Set it in code or load it from a property-list file
 /// (XML or binary). Safe to use from any thread.
-class KVRApplicationInfo {
+class KOVRA_API KVRApplicationInfo {
 public:
     KVRApplicationInfo() = delete;
 

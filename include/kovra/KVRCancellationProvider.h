@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kovra/KVRCompletion.h>
+#include <kovra/KVRExport.h>
 
 #include <memory>
 
@@ -8,7 +9,7 @@ class KVRTransactionModel;
 
 /// Cancels an approved sale at the acquirer; on approval the stored
 /// transaction's status becomes 5. Completes on a high-priority pool.
-class KVRCancellationProvider {
+class KOVRA_API KVRCancellationProvider {
 public:
     KVRCancellationProvider() = delete;
 

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
+
 #include <string>
 
 /// The application's Documents and Library directories and the device's
 /// vendor identifier. By default both directories live under
-/// $XDG_DATA_HOME/kovra/<bundle identifier>/ (XDG_DATA_HOME defaults to
+/// `$XDG_DATA_HOME/kovra/<bundle identifier>/` (XDG_DATA_HOME defaults to
 /// ~/.local/share); an application may place them anywhere.
-class KVRDirectories {
+class KOVRA_API KVRDirectories {
 public:
     KVRDirectories() = delete;
 

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <kovra/KVRCompletion.h>
+#include <kovra/KVRExport.h>
 
 #include <string>
 
 /// Shows up to 32 characters (two 16-character lines) on the PIN pad.
-class KVRDisplayProvider {
+class KOVRA_API KVRDisplayProvider {
 public:
     KVRDisplayProvider() = delete;
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
+
 #include <map>
 #include <string>
 
@@ -13,7 +15,7 @@ inline constexpr const char* NSURLErrorDomain = "NSURLErrorDomain";
 
 /// An error value: domain, code and user information. Two errors are equal
 /// when their domain and code are equal, whatever their texts say.
-class KVRError {
+class KOVRA_API KVRError {
 public:
     using UserInfo = std::map<std::string, std::string>;
 
@@ -28,7 +30,7 @@ public:
     /// domain and code when there is none.
     std::string localizedDescription() const;
     /// The error as logs show it:
-    /// Error Domain=<domain> Code=<code> "<description>" UserInfo={key=value; ...}
+    /// `Error Domain=<domain> Code=<code> "<description>" UserInfo={key=value; ...}`
     std::string description() const;
     /// "{key=value; ...}", keys in order.
     static std::string describeUserInfo(const UserInfo& userInfo);

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
+
 #include <exception>
 #include <string>
 
 /// A programming error of the library (a field that does not fit its width, a
 /// value with no code...), raised with a fixed name and reason.
-class KVRException : public std::exception {
+class KOVRA_API KVRException : public std::exception {
 public:
     KVRException(std::string name, std::string reason);
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
+
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -11,7 +13,7 @@ class KVRTransactionModel;
 /// One exchange with the acquirer that can move money, as the journal keeps
 /// it: written to the store before the request is posted, brought up to date
 /// as the answer, the sale's end and any reversal come in.
-struct KVRJournalEntry {
+struct KOVRA_API KVRJournalEntry {
     enum class Kind { Authorisation, Cancellation };
 
     // The states an entry passes through. Authorisations: sent, then answered,

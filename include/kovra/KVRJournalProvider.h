@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
 #include <kovra/KVRJournalEntry.h>
 
 #include <functional>
@@ -12,7 +13,7 @@
 /// in the background when it is first used in a process, before every
 /// provider call that reaches the network, and on a timer that backs off from
 /// "Kovra Recovery Interval" seconds (30 when absent) to ten minutes.
-class KVRJournalProvider {
+class KOVRA_API KVRJournalProvider {
 public:
     using Entries = std::vector<KVRJournalEntry>;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kovra/KVRCompletion.h>
+#include <kovra/KVRExport.h>
 
 #include <memory>
 #include <string>
@@ -11,7 +12,7 @@ class KVRMerchantModel;
 /// once on the caller's thread; the host exchange runs on a high-priority pool
 /// and completes there. After a transport failure the completion is called
 /// twice: with the transport error, then with nullResponse.
-class KVRKovraCodeActivationProvider {
+class KOVRA_API KVRKovraCodeActivationProvider {
 public:
     KVRKovraCodeActivationProvider() = delete;
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
+
 #include <functional>
 #include <string>
 
@@ -8,7 +10,7 @@
 /// pad traffic among them) always. Both go to the application's sink when it
 /// set one; otherwise to the system log (ident "kovra"), or to standard error
 /// when the environment variable KOVRA_LOG is "stderr".
-class KVRLoggingUtil {
+class KOVRA_API KVRLoggingUtil {
 public:
     using Sink = std::function<void(const std::string& line)>;
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kovra/KVRCompletion.h>
+#include <kovra/KVRExport.h>
 
 #include <memory>
 #include <string>
@@ -9,7 +10,7 @@ class KVRTransactionModel;
 
 /// E-mail receipts and feedback through the mail service. Completions are
 /// delivered on the main queue.
-class KVRMailProvider {
+class KOVRA_API KVRMailProvider {
 public:
     static constexpr int kReceiptSale = 1;
     static constexpr int kReceiptCancellation = 2;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
 #include <kovra/KVRNumber.h>
 
 #include <chrono>
@@ -25,7 +26,7 @@ using KVRAttributeValue = std::variant<std::string, KVRNumber, std::chrono::syst
 /// Records are shared between the library's threads; every accessor and
 /// operation takes the store's lock, so a record may be read and changed from
 /// any thread.
-class KVRManagedObject : public std::enable_shared_from_this<KVRManagedObject> {
+class KOVRA_API KVRManagedObject : public std::enable_shared_from_this<KVRManagedObject> {
 public:
     using TimePoint = std::chrono::system_clock::time_point;
 

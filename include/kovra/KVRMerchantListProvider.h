@@ -1,11 +1,13 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
+
 #include <memory>
 #include <vector>
 
 class KVRMerchantModel;
 
-class KVRMerchantListProvider {
+class KOVRA_API KVRMerchantListProvider {
 public:
     KVRMerchantListProvider() = delete;
 

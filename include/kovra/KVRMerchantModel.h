@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
 #include <kovra/KVRRecord.h>
 
 #include <memory>
@@ -12,7 +13,7 @@ class KVRTransactionModel;
 
 /// The enrolled merchant. A merchant counts as enrolled while a merchant
 /// record exists.
-class KVRMerchantModel : public KVRRecord<KVRMerchantModel> {
+class KOVRA_API KVRMerchantModel : public KVRRecord<KVRMerchantModel> {
 public:
     static const KVREntityDescription& entity();
 

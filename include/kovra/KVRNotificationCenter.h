@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
+
 #include <any>
 #include <condition_variable>
 #include <cstdint>
@@ -10,14 +12,14 @@
 #include <thread>
 #include <vector>
 
-struct KVRNotification {
+struct KOVRA_API KVRNotification {
     std::string name;
     std::any object;
 };
 
 /// Broadcast notifications. Observers run on the posting thread, in the order
 /// they were added.
-class KVRNotificationCenter {
+class KOVRA_API KVRNotificationCenter {
 public:
     using Observer = std::function<void(const KVRNotification&)>;
     using Token = std::uint64_t;

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
+
 #include <cstdint>
 #include <string>
 
 /// A stored number that keeps integer or fractional values and prints the way
 /// the platform's number description does: 1000 -> "1000", 10.5 -> "10.5".
-class KVRNumber {
+class KOVRA_API KVRNumber {
 public:
     KVRNumber() = default;
     KVRNumber(long long value);  // NOLINT(google-explicit-constructor)

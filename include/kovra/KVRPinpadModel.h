@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
 #include <kovra/KVRRecord.h>
 
 #include <memory>
@@ -9,7 +10,7 @@
 class KVRTransactionModel;
 
 /// The identity of the PIN pad a transaction was made on.
-class KVRPinpadModel : public KVRRecord<KVRPinpadModel> {
+class KOVRA_API KVRPinpadModel : public KVRRecord<KVRPinpadModel> {
 public:
     static const KVREntityDescription& entity();
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
+
 #include <map>
 #include <string>
 #include <variant>
@@ -11,9 +13,9 @@ using KVRPropertyDictionary = std::map<std::string, KVRPropertyValue>;
 /// Interpretations of a property value the way the platform's accessors read them.
 namespace KVRPropertyValues {
 /// true for boolean true, a non-zero number, or a string starting with Y, y, T, t or a digit 1-9.
-bool boolValue(const KVRPropertyValue& value);
+KOVRA_API bool boolValue(const KVRPropertyValue& value);
 /// The string itself, or the number printed as the platform prints numbers.
-std::string stringValue(const KVRPropertyValue& value);
+KOVRA_API std::string stringValue(const KVRPropertyValue& value);
 /// The number, 1/0 for booleans, or the leading number of a string (0 when none).
-double doubleValue(const KVRPropertyValue& value);
+KOVRA_API double doubleValue(const KVRPropertyValue& value);
 }  // namespace KVRPropertyValues

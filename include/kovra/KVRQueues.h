@@ -1,9 +1,11 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
+
 #include <functional>
 
 /// A queue of work items: serial (the main worker) or concurrent (the pools).
-class KVRDispatchQueue {
+class KOVRA_API KVRDispatchQueue {
 public:
     using Task = std::function<void()>;
     virtual ~KVRDispatchQueue() = default;
@@ -20,7 +22,7 @@ enum class KVRQueuePriority { High, Default, Low, Background };
 /// every PIN pad exchange, sale and table load runs there, one at a time.
 /// `global()` are small pools for host exchanges. Completions that belong "on
 /// the main queue" go through the application's executor when one is installed.
-class KVRQueues {
+class KOVRA_API KVRQueues {
 public:
     using Executor = std::function<void(std::function<void()>)>;
 

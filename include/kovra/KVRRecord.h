@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
 #include <kovra/KVRManagedObject.h>
 
 #include <memory>
@@ -14,7 +15,7 @@
 /// "pan"...). An unknown name, or a value of the wrong kind, is refused with a
 /// log line and gives an empty result. Values are compared exactly.
 template <class Model, class Base = KVRManagedObject>
-class KVRRecord : public Base {
+class KOVRA_API KVRRecord : public Base {
 public:
     using Pointer = std::shared_ptr<Model>;
     using List = std::vector<Pointer>;

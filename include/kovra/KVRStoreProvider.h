@@ -1,11 +1,13 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
+
 #include <optional>
 #include <string>
 #include <vector>
 
 /// The object store's health, and its closing.
-class KVRStoreProvider {
+class KOVRA_API KVRStoreProvider {
 public:
     struct Health {
         /// The store file.

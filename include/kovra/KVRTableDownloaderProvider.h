@@ -1,10 +1,11 @@
 #pragma once
 
 #include <kovra/KVRCompletion.h>
+#include <kovra/KVRExport.h>
 
 /// Downloads the enrolled merchant's EMV tables and stores them.
 /// Completes on a high-priority pool.
-class KVRTableDownloaderProvider {
+class KOVRA_API KVRTableDownloaderProvider {
 public:
     KVRTableDownloaderProvider() = delete;
 

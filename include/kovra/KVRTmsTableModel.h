@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
 #include <kovra/KVRRecord.h>
 
 #include <optional>
@@ -7,7 +8,7 @@
 
 /// The EMV tables as last received from the terminal-management host: the AID
 /// and CAPK table blocks as texts.
-class KVRTmsTableModel : public KVRRecord<KVRTmsTableModel> {
+class KOVRA_API KVRTmsTableModel : public KVRRecord<KVRTmsTableModel> {
 public:
     static const KVREntityDescription& entity();
 

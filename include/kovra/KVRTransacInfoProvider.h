@@ -1,5 +1,7 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -7,7 +9,7 @@
 class KVRTransactionModel;
 
 /// A flat, text-valued view of one stored transaction.
-class KVRTransacInfoProvider {
+class KOVRA_API KVRTransacInfoProvider {
 public:
     explicit KVRTransacInfoProvider(const std::shared_ptr<KVRTransactionModel>& transaction);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kovra/KVRError.h>
+#include <kovra/KVRExport.h>
 
 #include <functional>
 #include <memory>
@@ -10,7 +11,7 @@
 class KVRTransactionModel;
 
 /// The stored transactions, newest first.
-class KVRTransactionListProvider {
+class KOVRA_API KVRTransactionListProvider {
 public:
     using Transactions = std::vector<std::shared_ptr<KVRTransactionModel>>;
     using Completion = std::function<void(bool success, Transactions transactions, std::optional<KVRError> error)>;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
 #include <kovra/KVRRecord.h>
 
 #include <memory>
@@ -11,7 +12,7 @@ class KVRPinpadModel;
 
 /// A stored sale. Amounts are integers in cents; type 0 is credit and 1 debit;
 /// status 0 to 9 (see statusString).
-class KVRTransactionModel : public KVRRecord<KVRTransactionModel> {
+class KOVRA_API KVRTransactionModel : public KVRRecord<KVRTransactionModel> {
 public:
     static const KVREntityDescription& entity();
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <kovra/KVRCompletion.h>
+#include <kovra/KVRExport.h>
 
 #include <functional>
 #include <memory>
@@ -19,7 +20,7 @@ class KVRTransactionModel;
 /// sale is reversed (see KVRJournalProvider). The application hears the
 /// results it always did; an approved sale that cannot be saved is reported
 /// as `transactionFailed` and reversed.
-class KVRTransactionProvider {
+class KOVRA_API KVRTransactionProvider {
 public:
     /// A sale's completion with its transaction record: the stored record for
     /// results that keep it, none for those that delete it (invalid, timed

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
+
 #include <optional>
 #include <string>
 
 /// A flat view of the enrolled merchant (or, for a merchant an earlier
 /// release kept only in "register.plist", of that file, re-enrolling it).
-class KVRUserInfoProvider {
+class KOVRA_API KVRUserInfoProvider {
 public:
     KVRUserInfoProvider();
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <kovra/KVRExport.h>
+
 /// The precondition checks every provider uses.
-class KVRValidationProvider {
+class KOVRA_API KVRValidationProvider {
 public:
     KVRValidationProvider() = delete;
 

@@ -2,6 +2,8 @@
 
 // Everything an application needs: the providers, the records they return,
 // errors, settings, threads and notifications.
+#include <kovra/KVRAddress.h>
+#include <kovra/KVRAddressModel.h>
 #include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRCancellationProvider.h>
 #include <kovra/KVRCardProvider.h>
@@ -18,8 +20,6 @@
 #include <kovra/KVRMailProvider.h>
 #include <kovra/KVRMerchantListProvider.h>
 #include <kovra/KVRMerchantModel.h>
-#include <kovra/KVRAddress.h>
-#include <kovra/KVRAddressModel.h>
 #include <kovra/KVRNotificationCenter.h>
 #include <kovra/KVRNumber.h>
 #include <kovra/KVRPinPadConnectionProvider.h>

@@ -2,7 +2,6 @@
 
 #include <kovra/KVRException.h>
 
-#include <cstring>
 #include <initializer_list>
 #include <utility>
 
@@ -18,9 +17,14 @@ std::string codeAt(Codes codes, int32_t value, const char* unexpected) {
     return codes.begin()[value];
 }
 
-// Replies are read code by code against every entry: most entries differ
-// in their first letter, which is tested before the library is called.
-bool same(const char* text, const char* code) { return text[0] == code[0] && std::strcmp(text, code) == 0; }
+// Replies are read code by code against every entry: compared inline up to
+// the first difference, nearly always the first letter. A shorter text
+// differs at its terminating zero, so nothing past it is read.
+bool same(const char* text, const char* code) {
+    for (; *code; ++text, ++code)
+        if (*text != *code) return false;
+    return *text == '\0';
+}
 
 // First match wins, in the order given; anything else is 0.
 int32_t valueOf(Readings readings, const char* code) {

@@ -2,6 +2,7 @@
 
 #include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
+#include "Tms/KVRAddressElement.h"
 
 using KVRElementReading::named;
 
@@ -11,7 +12,7 @@ void KVRMerchantParameter::read(const TBXMLElement* firstChild) {
             saleAffiliationKey = e->text;
         } else if (named(e, "Adr")) {
             address = KVRAddress::create();
-            address->read(e->firstChild);
+            KVRAddressElement::read(*address, e->firstChild);
         } else if (named(e, "CpnyNm")) {
             companyName = e->text;
         } else if (named(e, "IdCd")) {

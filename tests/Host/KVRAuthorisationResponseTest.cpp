@@ -2,7 +2,9 @@
 
 #include "Host/Messages/KVRAcceptorAuthorisationResponse.h"
 
+#include <memory>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -110,6 +112,7 @@ TEST(KVRAcceptorAuthorisationResponse, ResponseCodesAndUnknownCodesAsDecline) {
     const std::pair<const char*, KVRResponseCode> rows[] = {{"DECL", KVRResponseCodeDECL}, {"APPR", KVRResponseCodeAPPR},
                                                             {"PART", KVRResponseCodePART}, {"TECH", KVRResponseCodeTECH},
                                                             {"appr", KVRResponseCodeDECL}, {"OK", KVRResponseCodeDECL},
+                                                            {"APP", KVRResponseCodeDECL}, {"APPROVED", KVRResponseCodeDECL},
                                                             {"", KVRResponseCodeDECL}};
     for (const auto& [code, value] : rows) {
         SCOPED_TRACE(code);
@@ -170,6 +173,22 @@ TEST(KVRAcceptorAuthorisationResponse, ReadingAgainReplacesThePreviousReply) {
     EXPECT_FALSE(response.data->authorisationResponse->transaction);
     response.read("<html/>");
     EXPECT_FALSE(response.data);
+}
+
+// The objects of one reply share their memory: a part kept alone must
+// outlive the rest of its reply, whichever thread drops the last of it.
+TEST(KVRAcceptorAuthorisationResponse, APartOfAReplyOutlivesTheRest) {
+    auto response = std::make_unique<KVRAcceptorAuthorisationResponse>();
+    response->read(document(std::string("<AccptrAuthstnRspn>") + kHeader + "<AuthstnRspn>" + kEnvironment + kTransaction +
+                            kTransactionResponse + "</AuthstnRspn></AccptrAuthstnRspn>"));
+    ASSERT_TRUE(response->data && response->data->header && response->data->authorisationResponse);
+    auto header = response->data->header;
+    auto transaction = response->data->authorisationResponse->transaction;
+    response.reset();
+    std::thread([&transaction] { transaction.reset(); }).join();
+    EXPECT_EQ(header->exchangeIdentification, "77");
+    ASSERT_TRUE(header->initiatingParty);
+    EXPECT_EQ(header->initiatingParty->identification, "ACQ1");
 }
 
 }  // namespace

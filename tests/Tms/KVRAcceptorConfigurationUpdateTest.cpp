@@ -6,6 +6,7 @@
 #include "Host/TBXML.h"
 #include "Host/XMLWriter.h"
 #include "Tms/KVRAcceptorConfigurationUpdate.h"
+#include "Tms/KVRAddressElement.h"
 #include "support/KVRTemporaryStore.h"
 
 namespace {
@@ -202,7 +203,7 @@ TEST(KVRTmsWriters, AddressBinRangeAndCardBrandElements) {
     address->setDoorNumber("1000");
     address->setCity("São Paulo");
     XMLWriter writer;
-    address->write(writer);
+    KVRAddressElement::write(*address, writer);
 
     KVRBinRange range;
     range.minRange = 411111;
@@ -226,7 +227,7 @@ TEST(KVRTmsWriters, AddressBinRangeAndCardBrandElements) {
 
     TBXML xml("<Root>" + writer.toString() + "</Root>");
     auto read = KVRAddress::create();
-    read->read(xml.rootXMLElement()->firstChild->firstChild);
+    KVRAddressElement::read(*read, xml.rootXMLElement()->firstChild->firstChild);
     EXPECT_EQ(read->street(), "Av. Paulista");
     EXPECT_EQ(read->doorNumber(), "1000");
     EXPECT_EQ(read->city(), "São Paulo");

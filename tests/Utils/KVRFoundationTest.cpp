@@ -131,8 +131,8 @@ TEST(KVRNotificationCenter, ObserversMayRemoveThemselvesAndOthersDuringAPost) {
 }
 
 TEST(KVRVersion, ConstantsMatchTheProjectVersion) {
-    EXPECT_STREQ(KovraSDKVersionString, "0.1.0");
-    EXPECT_EQ(KovraSDKVersionNumber, 100);
+    EXPECT_STREQ(KovraSDKVersionString, "0.2.0");
+    EXPECT_EQ(KovraSDKVersionNumber, 200);
     KVRException e("String doesn't fit", "reason");
     EXPECT_EQ(e.name(), "String doesn't fit");
     EXPECT_EQ(e.reason(), "reason");

@@ -1,8 +1,13 @@
 #pragma once
 
+#include "Host/Messages/KVRReadingArena.h"
 #include "Host/TBXML.h"
+#include "Host/TBXMLBuilder.h"
 
+#include <bit>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -12,15 +17,30 @@
 /// elements made only when their tag is present.
 namespace KVRElementReading {
 
-/// For a tag written in the code: compared byte by byte, inline, up to the
-/// first difference, which is nearly always the first byte; never past the
-/// end of the element's name.
+/// For a tag written in the code: compared eight bytes at a time against
+/// words the compiler makes from the tag, zero included. A word is read only
+/// when the bytes before it matched, so it starts at or before the name's
+/// terminating zero, and the tree's bytes are followed by
+/// TBXMLBuilder::kPadding zero bytes: the reads stay inside the document.
 template <size_t N>
 inline bool named(const TBXMLElement* element, const char (&tag)[N]) {
     const char* name = element->name;
     if (name == nullptr) return false;
-    for (size_t i = 0; i < N; ++i)
-        if (name[i] != tag[i]) return false;
+    if constexpr (std::endian::native != std::endian::little) {
+        for (size_t i = 0; i < N; ++i)
+            if (name[i] != tag[i]) return false;
+    } else {
+        static_assert(TBXMLBuilder::kPadding >= sizeof(uint64_t));
+        for (size_t i = 0; i < N; i += sizeof(uint64_t)) {
+            const size_t bytes = N - i < sizeof(uint64_t) ? N - i : sizeof(uint64_t);
+            uint64_t want = 0;
+            std::memcpy(&want, tag + i, bytes);
+            const uint64_t mask = bytes == sizeof(uint64_t) ? ~uint64_t{0} : (uint64_t{1} << (8 * bytes)) - 1;
+            uint64_t have;
+            std::memcpy(&have, name + i, sizeof have);
+            if ((have & mask) != want) return false;
+        }
+    }
     return true;
 }
 
@@ -33,7 +53,7 @@ inline std::string text(const TBXMLElement* element) { return element->text ? el
 /// A new element object filled from the children of `element`.
 template <class Element>
 std::shared_ptr<Element> nested(const TBXMLElement* element) {
-    auto object = std::make_shared<Element>();
+    auto object = KVRReadingArena::make<Element>();
     object->read(element->firstChild);
     return object;
 }
@@ -46,6 +66,7 @@ enum class Descent { lastNamed, firstNamed };
 /// that is not XML; a reply cut short gives what it holds.
 template <class Element>
 std::shared_ptr<Element> descendTo(const std::string& body, const char* tag, Descent descent = Descent::lastNamed) {
+    KVRReadingArena::Scope objects;
     TBXML document(body);
     const TBXMLElement* found = nullptr;
     for (const TBXMLElement* e = document.rootXMLElement(); e; e = e->firstChild) {

@@ -6,6 +6,7 @@
 #include "Host/XMLWriter.h"
 
 using KVRElementReading::named;
+using KVRElementReading::nested;
 
 void KVRHeader::write(XMLWriter& writer) const {
     writer.writeStartElement("Hdr");
@@ -30,14 +31,11 @@ void KVRHeader::read(const TBXMLElement* firstChild) {
         } else if (named(e, "CreDtTm")) {
             creationDateTime = e->text;
         } else if (named(e, "InitgPty")) {
-            initiatingParty = std::make_shared<KVRGenericIdentification>();
-            initiatingParty->read(e->firstChild);
+            initiatingParty = nested<KVRGenericIdentification>(e);
         } else if (named(e, "RcptPty")) {
-            recipientParty = std::make_shared<KVRGenericIdentification>();
-            recipientParty->read(e->firstChild);
+            recipientParty = nested<KVRGenericIdentification>(e);
         } else if (named(e, "Tracblt")) {
-            trace = std::make_shared<KVRTraceability>();
-            trace->read(e->firstChild);
+            trace = nested<KVRTraceability>(e);
         }
     }
 }

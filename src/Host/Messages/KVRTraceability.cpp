@@ -5,6 +5,7 @@
 #include "Host/XMLWriter.h"
 
 using KVRElementReading::named;
+using KVRElementReading::nested;
 
 void KVRTraceability::write(XMLWriter& writer) const {
     writer.writeStartElement("Tracblt");
@@ -17,8 +18,7 @@ void KVRTraceability::write(XMLWriter& writer) const {
 void KVRTraceability::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         if (named(e, "RlayId")) {
-            relayIdentification = std::make_shared<KVRGenericIdentification>();
-            relayIdentification->read(e->firstChild);
+            relayIdentification = nested<KVRGenericIdentification>(e);
         } else if (named(e, "TracDtTmIn")) {
             traceDateTimeIn = e->text;
         } else if (named(e, "TracDtTmOut")) {

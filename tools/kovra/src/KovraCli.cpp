@@ -3,6 +3,7 @@
 #include "KovraCommandError.h"
 #include "KovraCommands.h"
 #include "KovraDemo.h"
+#include "KovraInfoTemplate.h"
 #include "KovraInterrupts.h"
 #include "KovraOutput.h"
 
@@ -94,6 +95,13 @@ void KovraCli::defineCommands() {
                           [](KovraOutput& out) { KovraCommands(out).version(); });
     help_ = addCommand(app_, "help", "show the help of kovra or of a command", [this](KovraOutput&) { showHelp(); });
     help_->add_option("COMMAND", arguments_.helpTopic, "a command, such as sale or tables load");
+    auto* config = addCommand(app_, "config", "the information dictionary", {});
+    config->require_subcommand(1);
+    configInit_ = addCommand(*config, "init",
+                             "write a template of the information dictionary, every key with comments, to FILE "
+                             "(which must not exist) or to standard output",
+                             [this](KovraOutput& out) { writeInfoTemplate(arguments_.file, out); });
+    configInit_->add_option("FILE", arguments_.file, "where to write it")->type_name("FILE");
     defineDemo();
 }
 
@@ -276,7 +284,7 @@ int KovraCli::execute(CLI::App* command) {
     try {
         if (command == demo_) {
             settings_.routeLogs();
-        } else if (command != version_ && command != help_) {
+        } else if (command != version_ && command != help_ && command != configInit_) {
             settings_.apply();
             checkStore(command, output);
         }

@@ -33,6 +33,7 @@ private:
         std::string text;
         std::string reference;
         std::string destination;
+        std::string file;
         KovraSession::SaleRequest sale;
         bool credit = false;
         bool debit = false;
@@ -71,6 +72,7 @@ private:
 
     CLI::App* version_ = nullptr;
     CLI::App* help_ = nullptr;
+    CLI::App* configInit_ = nullptr;
     CLI::App* demo_ = nullptr;
     std::set<CLI::App*> historyCommands_;
 };

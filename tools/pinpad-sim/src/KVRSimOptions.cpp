@@ -217,7 +217,8 @@ Scenarios (--scenario FILE, JSON; --fault JSON adds one rule, repeatable):
                           notification packets after the ACK and before the reply,
                           "NTM000" + 3-digit length + message of at most 32
                           characters, sent in Latin-1 (others become "?")
-    "delay_ms": 500       pause between the ACK and the rest
+    "delay_ms": 500       pause between the ACK and the rest (the cardholder taking
+                          time; a CAN abandons the command meanwhile)
     "split": 5            write the response frame in pieces of 5 bytes,
     "split": [1, 4]       or of these sizes and then the rest
     "split_delay_ms": 50  pause between pieces (default 50)

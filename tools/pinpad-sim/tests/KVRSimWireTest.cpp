@@ -42,6 +42,18 @@ TEST_P(KVRSimWireTest, AnswersTheAbecsVectors) {
                            0x4C, 0x49, 0x5A, 0x41, 0x44, 0x41, 0x20, 0x20, 0x20, 0x17, 0x52, 0x13}));
     EXPECT_EQ(host.readByte(), Wire::kAck) << "DSP in Latin-1, a CRC byte equal to DC3 left as it is";
     EXPECT_EQ(Wire::hexDump(host.readFrame().raw), "16 44 53 50 30 30 30 17 39 63 ");
+
+    // An ETB inside the data travels as DC3 37; the CRC covers the ETB itself.
+    auto stuffed = Wire::frame("DSP032" + std::string(31, 'A') + "\x17");
+    stuffed.replace(1 + 6 + 31, 1, "\x13\x37");
+    host.send(stuffed);
+    EXPECT_EQ(host.readByte(), Wire::kNak);
+    EXPECT_NE(bench.errors().rfind("display text"), std::string::npos) << "unstuffed, the CRC held" << bench.errors();
+    auto broken = Wire::frame("OPN");
+    broken.insert(2, "\x13\x41");
+    host.send(broken);
+    EXPECT_EQ(host.readByte(), Wire::kNak);
+    EXPECT_NE(bench.errors().find("DC3 followed by 0x41"), std::string::npos) << bench.errors();
 }
 
 TEST_P(KVRSimWireTest, CanIsAnsweredEotAndAbandonsACardReadWaitingForTheCard) {

@@ -4,6 +4,7 @@
 
 #include "support/KVRTempDirectory.h"
 
+#include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRVersion.h>
 
 #include <gtest/gtest.h>
@@ -11,6 +12,7 @@
 
 #include <fstream>
 #include <ostream>
+#include <sstream>
 
 namespace {
 
@@ -144,6 +146,34 @@ TEST(KovraCliVersionTest, TextAndJsonNameTheLibraryVersion) {
     auto document = nlohmann::json::parse(json.out);
     EXPECT_EQ(document["version"], KovraSDKVersionString);
     EXPECT_EQ(document["versionNumber"], static_cast<long long>(KovraSDKVersionNumber));
+}
+
+std::string contents(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+TEST(KovraCliConfigTest, InitWritesTheCommentedTemplateOnceAndTheLibraryReadsIt) {
+    KVRTempDirectory directory;
+    std::string file = directory.file("Info.plist");
+    auto written = runKovra({"config", "init", file});
+    ASSERT_EQ(written.exitCode, 0) << written.err;
+    std::string text = contents(file);
+    EXPECT_EQ(text, contents(KOVRA_TEST_DATA_DIR "/../../examples/Info.plist"));
+    EXPECT_EQ(runKovra({"config", "init"}).out, text);
+
+    ASSERT_TRUE(KVRApplicationInfo::loadFromPlistFile(file));
+    EXPECT_EQ(KVRApplicationInfo::stringForKey("Kovra Pinpad Link"), "spec");
+    EXPECT_EQ(KVRApplicationInfo::stringForKey("Kovra Pinned Public Keys"), std::nullopt) << "left in a comment";
+    KVRApplicationInfo::clear();
+
+    std::ofstream(file, std::ios::app) << "<!-- edited -->\n";
+    auto again = runKovra({"config", "init", file});
+    EXPECT_EQ(again.exitCode, 1);
+    EXPECT_EQ(again.err, "kovra: " + file + " exists; it is left as it is\n");
+    EXPECT_EQ(contents(file), text + "<!-- edited -->\n");
 }
 
 }  // namespace
