@@ -20,17 +20,14 @@
 #include "Pinpad/Commands/KVRTliCommandResponse.h"
 #include "Pinpad/Commands/KVRTlrCommandResponse.h"
 #include "Pinpad/KVRBluetoothConnection.h"
-#include "Pinpad/KVRCardDataMasker.h"
+#include "KVRFuzzCheck.h"
 #include "Platform/KVRMemoryAccessory.h"
+#include "Utils/KVRCardDataMasking.h"
 
 #include <cstring>
 #include <string>
 
 namespace {
-
-void check(bool condition) {
-    if (!condition) __builtin_trap();
-}
 
 void parseReplies(const std::string& text) {
     KVRGcrCommandResponse gcr(text.c_str());
@@ -57,8 +54,8 @@ void parseReplies(const std::string& text) {
     } catch (const KVRException&) {
     }
     std::string plain(text.c_str());
-    check(KVRCardDataMasker::maskResponse(plain).size() == plain.size());
-    check(KVRCardDataMasker::maskRequest(plain).size() == plain.size());
+    check(KVRCardDataMasking::maskPinpadReply(plain).size() == plain.size());
+    check(KVRCardDataMasking::maskPinpadRequest(plain).size() == plain.size());
 }
 
 void readFrames(const uint8_t* data, size_t size) {

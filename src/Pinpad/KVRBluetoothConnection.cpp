@@ -6,8 +6,8 @@
 #include <kovra/KVRNotificationCenter.h>
 
 #include "Pinpad/Commands/KVRBaseCommandRequest.h"
-#include "Pinpad/KVRCardDataMasker.h"
 #include "Pinpad/KVRDisplayText.h"
+#include "Utils/KVRCardDataMasking.h"
 #include "Utils/KVRStringUtil.h"
 
 #include <algorithm>
@@ -52,9 +52,8 @@ std::shared_ptr<KVRBluetoothConnection>& sharedInstance() {
 
 // PIN pad texts are Latin-1; log lines are UTF-8.
 std::string forLog(const std::string& text, bool request) {
-    if (KVRLoggingUtil::logsCardData()) return KVRDisplayText::utf8FromLatin1(text);
-    return KVRDisplayText::utf8FromLatin1(request ? KVRCardDataMasker::maskRequest(text)
-                                                  : KVRCardDataMasker::maskResponse(text));
+    return KVRDisplayText::utf8FromLatin1(request ? KVRCardDataMasking::pinpadRequestForLog(text)
+                                                  : KVRCardDataMasking::pinpadReplyForLog(text));
 }
 
 }  // namespace

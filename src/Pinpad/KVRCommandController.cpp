@@ -22,6 +22,7 @@
 #include "Tms/KVRAidTableCommand.h"
 #include "Tms/KVRCapkTableCommand.h"
 #include "Tms/KVRTmsController.h"
+#include "Utils/KVRCardDataMasking.h"
 #include "Utils/KVRClock.h"
 #include "Utils/KVRDateUtil.h"
 #include "Utils/KVRStringUtil.h"
@@ -107,7 +108,7 @@ std::shared_ptr<KVRGinCommandResponse> KVRCommandController::sendCommandGin() {
     auto connection = link();
     connection->sendRequest(request);
     const char* reply = connection->readMessage();
-    KVRLoggingUtil::console(KVRStringUtil::format("Return %s", reply));
+    KVRLoggingUtil::console(KVRStringUtil::format("Return %s", KVRCardDataMasking::pinpadReplyForLog(reply).c_str()));
     ginResponse_ = std::make_shared<KVRGinCommandResponse>(reply);
     return ginResponse_;
 }

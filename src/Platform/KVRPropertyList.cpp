@@ -6,6 +6,7 @@
 #include <fstream>
 #include <memory>
 #include <sstream>
+#include <string_view>
 #include <sys/stat.h>
 
 namespace {
@@ -33,11 +34,10 @@ std::optional<KVRPropertyValue> scalar(plist_t node) {
             return KVRPropertyValue(d);
         }
         case PLIST_STRING: {
-            char* s = nullptr;
-            plist_get_string_val(node, &s);
-            std::string text = s ? s : "";
-            std::free(s);
-            return KVRPropertyValue(text);
+            // The pointer getter: plist_get_string_val asserts (aborts) on a NUL inside the string.
+            uint64_t length = 0;
+            const char* text = plist_get_string_ptr(node, &length);
+            return KVRPropertyValue(text ? std::string(text, length) : std::string());
         }
         default:
             return std::nullopt;
@@ -53,11 +53,26 @@ void fail(std::string* why, const std::string& reason) {
 std::optional<KVRPropertyDictionary> KVRPropertyList::parseDictionary(const std::string& bytes, std::string* why) {
     if (bytes.empty()) return fail(why, "empty file"), std::nullopt;
     if (bytes.size() > 16u * 1024 * 1024) return fail(why, "file larger than 16 MiB"), std::nullopt;
+    // libplist keeps a NUL inside the key or string it reads and later aborts
+    // on it (its getters assert that the length is the C string's). XML
+    // allows no NUL at all, so such a text is refused before parsing; a
+    // binary list is printed as XML first, which shows every key and string
+    // as it stands without asserting anything.
+    bool binary = plist_is_binary(bytes.data(), static_cast<uint32_t>(bytes.size())) != 0;
+    if (!binary && bytes.find('\0') != std::string::npos) return fail(why, "NUL byte in an XML property list"), std::nullopt;
     plist_t raw = nullptr;
     plist_from_memory(bytes.data(), static_cast<uint32_t>(bytes.size()), &raw);
     PlistPtr root(raw);
     if (!root) return fail(why, "not a property list"), std::nullopt;
     if (plist_get_node_type(raw) != PLIST_DICT) return fail(why, "root is not a dictionary"), std::nullopt;
+    if (binary) {
+        char* xml = nullptr;
+        uint32_t length = 0;
+        plist_to_xml(raw, &xml, &length);
+        bool nul = xml && std::string_view(xml, length).find('\0') != std::string_view::npos;
+        plist_to_xml_free(xml);
+        if (nul) return fail(why, "NUL byte inside a key or string of a binary property list"), std::nullopt;
+    }
 
     KVRPropertyDictionary dictionary;
     plist_dict_iter it = nullptr;

@@ -8,6 +8,7 @@
 #include "Host/KVRServiceEndpoint.h"
 #include "Host/Messages/KVRAcceptorCancellationAdviceBuilder.h"
 #include "Host/Messages/KVRAcceptorCancellationAdviceResponse.h"
+#include "Utils/KVRCardDataMasking.h"
 #include "Utils/KVRStringUtil.h"
 
 namespace {
@@ -37,14 +38,14 @@ void KVRCancellationController::sendCancellationWithTransaction(
 
 KVRCancellationController::Verdict KVRCancellationController::sendCancellationWithKeys(const KVRCancellationKeys& keys) {
     std::string advice = KVRAcceptorCancellationAdviceBuilder::createCancellationWithKeys(keys)->write();
-    KVRLoggingUtil::printLog(advice);
+    KVRLoggingUtil::printLog(KVRCardDataMasking::xmlForLog(advice));
     std::optional<KVRError> error;
     auto reply = KVRCommunicationController::postXml(advice, KVRServiceEndpoint::cancellationUrl(), &error);
     if (error) {
         KVRLoggingUtil::printLog(
             KVRStringUtil::format("Error at confirmCancellation: %s", error->localizedDescription().c_str()));
     }
-    KVRLoggingUtil::printLog(reply.value_or(""));
+    KVRLoggingUtil::printLog(KVRCardDataMasking::xmlForLog(reply.value_or("")));
 
     if (!reply || reply->empty()) return {KVRAdviceOutcome::NoAnswer, KVRErrors::nullResponse()};
     KVRAcceptorCancellationAdviceResponse response;

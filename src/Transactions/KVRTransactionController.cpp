@@ -17,13 +17,13 @@
 #include "Host/TBXML.h"
 #include "Persistence/KVRJournal.h"
 #include "Pinpad/Commands/KVRFncCommandRequest.h"
-#include "Pinpad/KVRCardDataMasker.h"
 #include "Pinpad/KVRCommandController.h"
 #include "Platform/KVRProcessInfo.h"
 #include "Tms/KVRAid.h"
 #include "Tms/KVRTmsController.h"
 #include "Transactions/KVRCancellationController.h"
 #include "Transactions/KVRReversalController.h"
+#include "Utils/KVRCardDataMasking.h"
 #include "Utils/KVRClock.h"
 #include "Utils/KVRDateUtil.h"
 #include "Utils/KVRStringUtil.h"
@@ -157,6 +157,9 @@ std::map<std::string, std::string> readTlv(const std::string& text) {
         }
         size_t valueLength = static_cast<size_t>(*length) * 2;
         if (text.size() - at < valueLength) break;
+        bool hex = true;
+        for (size_t i = 0; i < valueLength && hex; i += 2) hex = hexByte(text, at + i).has_value();
+        if (!hex) break;
         elements[tag] = KVRStringUtil::toUpper(text.substr(at, valueLength));
         at += valueLength;
     }
@@ -455,12 +458,12 @@ KVRTransactionController::HostExchange KVRTransactionController::authorise(const
         KVRAuthorisationRequestFactory::createAcceptorAutorisationrequestWithTrasansaction(transaction, gcr, goc, gpn);
     std::string xml = exchange.request->write();
     // The request carries the card in clear: PAN and tracks stay out of logs unless asked for.
-    KVRLoggingUtil::printLog(KVRLoggingUtil::logsCardData() ? xml : KVRCardDataMasker::maskDigitRuns(xml));
+    KVRLoggingUtil::printLog(KVRCardDataMasking::xmlForLog(xml));
     exchange.journalled = journalAuthorisation(transaction, *exchange.request);
     if (!exchange.journalled) return exchange;
     authorisationSent_ = true;
     exchange.reply = KVRCommunicationController::postXml(xml, KVRServiceEndpoint::authorizerUrl(), &exchange.error);
-    KVRLoggingUtil::printLog(exchange.reply.value_or(""));
+    KVRLoggingUtil::printLog(KVRCardDataMasking::xmlForLog(exchange.reply.value_or("")));
     if (exchange.error && neverLeft(*exchange.error)) {
         journal_->state = KVRJournalEntry::kSettled;
         KVRJournal::update(*journal_);

@@ -10,7 +10,6 @@
 #include "Pinpad/Commands/KVRGpnCommandRequest.h"
 #include "Pinpad/Commands/KVROpnCommandRequest.h"
 #include "Pinpad/KVRAbecsFrameCodec.h"
-#include "Pinpad/KVRCardDataMasker.h"
 #include "Pinpad/KVRPinpadController.h"
 #include "support/KVRScriptedPinpad.h"
 
@@ -488,31 +487,6 @@ TEST_F(KVRBluetoothConnectionTest, CardDataIsMaskedInTheTrafficLinesUnlessAllowe
         if (!allowed) EXPECT_NE(received.back().find("****************"), std::string::npos);
         clearLog();
     }
-}
-
-TEST(KVRCardDataMasker, TracksAndPansKeepOnlyThePansLastFourDigits) {
-    struct Case {
-        std::string value, expected;
-    };
-    const Case cases[] = {
-        {"4111111111111111=25121011234567890", "************1111******************"},
-        {"B4111111111111111^CLIENTE/TESTE^2512", "*************1111*******************"},
-        {"   5555666677778888", "   ************8888"},
-        {"0112345678901234=99", "************1234***"},
-        {"=123=456", "********"},
-        {"", ""},
-    };
-    for (const auto& c : cases) EXPECT_EQ(KVRCardDataMasker::maskTrack(c.value), c.expected) << c.value;
-}
-
-TEST(KVRCardDataMasker, UnknownTextsLoseLongDigitRunsOnly) {
-    EXPECT_EQ(KVRCardDataMasker::maskResponse("NTM000020CARTAO 4111111111111111"), "NTM000020CARTAO ************1111");
-    EXPECT_EQ(KVRCardDataMasker::maskResponse("NTM000011RETIRE 12345"), "NTM000011RETIRE 12345");
-    EXPECT_EQ(KVRCardDataMasker::maskResponse("GIN00010012345678901234567890"), "GIN00010012345678901234567890");
-    EXPECT_EQ(KVRCardDataMasker::maskRequest("OPN000"), "OPN000");
-    std::string gpnWithKey = "GPN093016" + std::string(32, '0') + "00" + "   4111111111111111" + "0";
-    EXPECT_EQ(KVRCardDataMasker::maskRequest(gpnWithKey), "GPN093016" + std::string(32, '0') + "00" + "   ************1111" + "0");
-    EXPECT_EQ(KVRCardDataMasker::maskResponse("GCR013"), "GCR013");
 }
 
 }  // namespace

@@ -98,6 +98,20 @@ TEST_F(CommandControllerTest, FixedRequestsCarryTheLibrarysValues) {
     EXPECT_TRUE(log_.contains("Return GIN000")) << log_.text();
 }
 
+// A reply left over from a killed run comes before the identity: the lines
+// that show it name it by its own name and show no card data.
+TEST_F(CommandControllerTest, AStaleCardReadBeforeTheIdentityIsLoggedMasked) {
+    KVRPinpadReplies::CardRead card;
+    pinpad_.setHandler([&](const std::string&) -> std::vector<std::string> {
+        return {gcrReply(0, card), KVRPinpadReplies::ginReply("KOVRA", "SIM", "SN1")};
+    });
+    KVRCommandController().sendCommandGin();
+    EXPECT_TRUE(log_.contains("GCR000")) << log_.text();
+    EXPECT_TRUE(log_.contains("Return GIN000")) << log_.text();
+    for (const auto& secret : {card.pan, card.secondTrack, card.cardHolderName})
+        EXPECT_FALSE(log_.contains(secret)) << log_.text();
+}
+
 TEST_F(CommandControllerTest, CardReadSendsStampAcquirerAndTheClockOfTheRequest) {
     auto moment = kvrtest::localTime(2015, 3, 3, 14, 30, 5);
     KVRClock::setNowProvider([moment] { return moment; });

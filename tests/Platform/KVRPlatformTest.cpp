@@ -51,12 +51,13 @@ TEST_F(ApplicationInfoTest, MissingOrMalformedFileLeavesAnEmptyDictionaryAndLogs
     KVRLoggingUtil::setSink([&](const std::string& l) { lines.push_back(l); });
     std::ofstream(dir_.file("bad.plist")) << "<plist><dict><key>x</key>";
     std::ofstream(dir_.file("array.plist")) << "<?xml version=\"1.0\"?><plist version=\"1.0\"><array/></plist>";
-    for (const char* name : {"missing.plist", "bad.plist", "array.plist", ""}) {
+    std::ofstream(dir_.file("nul.plist")) << std::string("<plist><dict><key>x</key><string>a") + '\0' + "b</string></dict></plist>";
+    for (const char* name : {"missing.plist", "bad.plist", "array.plist", "nul.plist", ""}) {
         KVRApplicationInfo::setValue("Stale", true);
         EXPECT_FALSE(KVRApplicationInfo::loadFromPlistFile(name[0] ? dir_.file(name) : dir_.path()));
         EXPECT_TRUE(KVRApplicationInfo::dictionary().empty());
     }
-    EXPECT_EQ(lines.size(), 4u);
+    EXPECT_EQ(lines.size(), 5u);
 }
 
 TEST_F(ApplicationInfoTest, DebugLogPrintsOnlyWhenSwitchedOnConsoleAlways) {

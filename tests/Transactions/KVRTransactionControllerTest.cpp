@@ -44,6 +44,7 @@ TEST(TransactionControllerTest, ArqcIsTheValueOfTag9F26) {
         {"cut inside a long form", "9F2681", std::nullopt},
         {"odd number of digits", "9F2602ABC", std::nullopt},
         {"not hexadecimal before it", "8A02ZZ9F2601AA", std::nullopt},
+        {"not hexadecimal inside it", "9F2602ABZZ", std::nullopt},
         {"a length beyond the text", "9110" "9F2601AA", std::nullopt},
         {"found before a broken tail", "9F2601AA" "8A", "AA"},
     };

@@ -77,7 +77,8 @@ foreach(package Threads SQLite3 ZLIB CURL OpenSSL nlohmann_json PkgConfig)
   list(APPEND no_private_dependencies -DCMAKE_DISABLE_FIND_PACKAGE_${package}=ON)
 endforeach()
 run(COMMAND ${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples -B ${WORK_DIR}/cmake-examples
-            -DCMAKE_PREFIX_PATH=${root}/usr -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF ${no_private_dependencies})
+            -DCMAKE_PREFIX_PATH=${root}/usr -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF ${no_private_dependencies}
+            "-DCMAKE_CXX_FLAGS=${CONSUMER_FLAGS}" "-DCMAKE_EXE_LINKER_FLAGS=${CONSUMER_FLAGS}")
 file(STRINGS ${WORK_DIR}/cmake-examples/CMakeCache.txt kovra_dir REGEX "^Kovra_DIR:")
 if(NOT kovra_dir MATCHES "=${root}/usr/lib/")
   message(FATAL_ERROR "find_package(Kovra) took ${kovra_dir}, not the unpacked root")
@@ -96,8 +97,9 @@ if(NOT EXISTS ${includedir}/kovra/Kovra.h OR NOT EXISTS ${linkdir}/libkovra.so)
 endif()
 separate_arguments(cflags UNIX_COMMAND "${cflags}")
 separate_arguments(libs UNIX_COMMAND "${libs}")
+separate_arguments(consumer_flags UNIX_COMMAND "${CONSUMER_FLAGS}")
 foreach(example sale enrolment cancellation abort)
-  run(COMMAND c++ -std=c++17 ${cflags} ${SOURCE_DIR}/examples/${example}.cpp ${libs}
+  run(COMMAND c++ -std=c++17 ${consumer_flags} ${cflags} ${SOURCE_DIR}/examples/${example}.cpp ${libs}
               -o ${WORK_DIR}/pkg-config-${example})
 endforeach()
 

@@ -1,6 +1,7 @@
 #include "AuthorizationHandler.h"
 
 #include "AmountRule.h"
+#include "CardDataMask.h"
 #include "FieldFormat.h"
 #include "IssuerChipData.h"
 #include "RequestRejected.h"
@@ -60,7 +61,8 @@ std::string checkMerchant(pugi::xml_node merchant, const MerchantDirectory& merc
     return key;
 }
 
-void checkCard(pugi::xml_node card) {
+// Returns the PAN.
+std::string checkCard(pugi::xml_node card) {
     XmlCheck::order(card, {"PlainCardData"});
     pugi::xml_node plain = XmlCheck::child(card, "PlainCardData");
     XmlCheck::order(plain, {"XpryDt", "PAN", "CardSeqNb", "TrckData", "CardSctyCd"}, {"TrckData"});
@@ -72,6 +74,7 @@ void checkCard(pugi::xml_node card) {
         XmlCheck::oneOf(track, "TrckNb", XmlCheck::text(track, "TrckNb"), {"1", "2", "3"});
         require(!XmlCheck::text(track, "TrckVal").empty(), track, "TrckVal", "is empty");
     }
+    return XmlCheck::text(plain, "PAN");
 }
 
 void checkPinBlock(pugi::xml_node onlinePin) {
@@ -113,15 +116,14 @@ void checkCardholder(pugi::xml_node cardholder) {
     }
 }
 
-std::string checkEnvironment(pugi::xml_node environment, const MerchantDirectory& merchants) {
+void checkEnvironment(pugi::xml_node environment, const MerchantDirectory& merchants, AuthorisationRequestFacts& facts) {
     XmlCheck::order(environment, {"Mrchnt", "Card", "Crdhldr", "POI"});
-    std::string merchantId = checkMerchant(XmlCheck::child(environment, "Mrchnt"), merchants);
-    checkCard(XmlCheck::child(environment, "Card"));
+    facts.merchantId = checkMerchant(XmlCheck::child(environment, "Mrchnt"), merchants);
+    facts.pan = checkCard(XmlCheck::child(environment, "Card"));
     checkCardholder(XmlCheck::child(environment, "Crdhldr"));
     pugi::xml_node poi = XmlCheck::child(environment, "POI");
     XmlCheck::order(poi, {"SysNm"});
     XmlCheck::text(poi, "SysNm");
-    return merchantId;
 }
 
 // Returns the card data entry mode.
@@ -250,7 +252,7 @@ AuthorisationRequestFacts AuthorizationHandler::check(pugi::xml_node message) co
     pugi::xml_node request = XmlCheck::child(message, "AuthstnReq");
     XmlCheck::order(request, {"Envt", "Cntxt", "Tx"});
     AuthorisationRequestFacts facts;
-    facts.merchantId = checkEnvironment(XmlCheck::child(request, "Envt"), merchants_);
+    checkEnvironment(XmlCheck::child(request, "Envt"), merchants_, facts);
     std::string mode = checkContext(XmlCheck::child(request, "Cntxt"));
     checkTransaction(XmlCheck::child(request, "Tx"), mode == "CICC" || mode == "ECTL", facts);
     return facts;
@@ -266,7 +268,8 @@ SimReply AuthorizationHandler::answer(const AuthorisationRequestFacts& facts, Am
     state_.recordAuthorisation(record);
 
     std::ostringstream outcome;
-    outcome << responseCode << " amount=" << facts.amount << " rcpt=" << record.receiptId;
+    outcome << responseCode << " amount=" << facts.amount << " rcpt=" << record.receiptId
+            << " pan=" << CardDataMask::value("PAN", facts.pan);
     if (delaySeconds > 0) {
         outcome << " answered after " << delaySeconds << " s";
     }

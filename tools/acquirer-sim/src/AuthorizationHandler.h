@@ -18,6 +18,7 @@ struct AuthorisationRequestFacts {
     std::string accountType;
     std::string reference;
     std::string initiatorId;
+    std::string pan;
     std::string cardRequestData;   // ICCRltdData; empty for a stripe sale
 };
 

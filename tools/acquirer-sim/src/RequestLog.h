@@ -9,8 +9,8 @@ namespace acqsim {
 
 // One line per request, appended and flushed at once, so a test can tell
 // what reached the acquirer (and that nothing did):
-//   2025-06-01T12:00:00.123Z POST /Authorize 200 APPR rcpt=2506010000000001
-// Outcomes never carry card data. Each line is echoed to standard error.
+//   2025-06-01T12:00:00.123Z POST /Authorize 200 APPR amount=1500 rcpt=2506010000000001 pan=476173******0010
+// Card data in outcomes goes through CardDataMask. Each line is echoed to standard error.
 class RequestLog {
 public:
     explicit RequestLog(std::filesystem::path file, bool echo = true);

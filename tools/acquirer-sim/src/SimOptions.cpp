@@ -21,7 +21,8 @@ std::string footer() {
            "The state directory keeps ca.pem (give it to clients as their CA file), the server\n"
            "certificate and keys, state.json (merchants seen, and the ledger: \"authorisations\" keyed\n"
            "by RcptTxId, each with initiatorId, reference, amount, response and cancelled),\n"
-           "requests.log (one line per request) and outbox/<n>.json (each accepted mail).\n"
+           "requests.log (one line per request; card data masked unless --log-card-data) and\n"
+           "outbox/<n>.json (each accepted mail).\n"
            "When ready the emulator prints:\n"
            "  kovra-acquirer-sim ready at https://127.0.0.1:PORT\n"
            "  ca: /path/to/ca.pem\n";
@@ -63,6 +64,8 @@ std::optional<SimOptions> SimOptions::parse(int argc, char** argv, int& exitCode
     app.add_option("--advice-delay", options.adviceDelaySeconds, "seconds before answering every cancellation advice")
         ->check(CLI::NonNegativeNumber)
         ->capture_default_str();
+    app.add_flag("--log-card-data", options.logCardData,
+                 "write PAN, tracks, PIN blocks and key serial numbers in clear in the request log");
     try {
         app.parse(argc, argv);
         if (!options.printCa && port->count() == 0) {

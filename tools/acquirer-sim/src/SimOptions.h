@@ -8,7 +8,7 @@ namespace acqsim {
 // The command line:
 //   kovra-acquirer-sim --port N [--state DIR] [--merchants FILE] [--print-ca]
 //                      [--auth-delay SECONDS] [--reply-delay SECONDS]
-//                      [--advice-delay SECONDS] [--help] [--version]
+//                      [--advice-delay SECONDS] [--log-card-data] [--help] [--version]
 struct SimOptions {
     int port = -1;
     std::filesystem::path stateDirectory;
@@ -17,6 +17,7 @@ struct SimOptions {
     double lateAnswerSeconds = 55;
     double replyDelaySeconds = 0;
     double adviceDelaySeconds = 0;
+    bool logCardData = false;
 
     // Parses the arguments. Returns the options to run with, or nothing
     // after printing help or an error; `exitCode` then says how to exit.

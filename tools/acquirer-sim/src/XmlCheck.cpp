@@ -1,5 +1,7 @@
 #include "XmlCheck.h"
 
+#include "CardDataMask.h"
+
 #include "RequestRejected.h"
 
 #include <algorithm>
@@ -116,7 +118,7 @@ void XmlCheck::order(pugi::xml_node parent, std::initializer_list<const char*> n
 void XmlCheck::oneOf(pugi::xml_node parent, const char* name, const std::string& value,
                      std::initializer_list<const char*> allowed) {
     if (!contains(allowed, value.c_str())) {
-        reject(pathOf(parent, name) + " has the unexpected value \"" + value + "\"");
+        reject(pathOf(parent, name) + " has the unexpected value \"" + CardDataMask::value(name, value) + "\"");
     }
 }
 

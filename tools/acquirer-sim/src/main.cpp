@@ -1,5 +1,6 @@
 // kovra-acquirer-sim: see SimOptions.cpp (or --help) for what it does.
 #include "AcquirerServer.h"
+#include "CardDataMask.h"
 #include "CertificateAuthority.h"
 #include "MerchantDirectory.h"
 #include "RequestLog.h"
@@ -80,6 +81,7 @@ int main(int argc, char** argv) {
     if (!options) {
         return exitCode;
     }
+    acqsim::CardDataMask::setClearText(options->logCardData);
     try {
         std::filesystem::create_directories(options->stateDirectory);
         options->stateDirectory = std::filesystem::canonical(options->stateDirectory);

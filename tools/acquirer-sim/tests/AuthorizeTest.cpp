@@ -155,6 +155,19 @@ TEST_F(AuthorizeTest, RejectionsAreLoggedWithoutTheCardNumber) {
     }
 }
 
+// The log names the card of an answered sale by its masked PAN, in clear only when asked to.
+TEST(AuthorizeCardDataLogTest, PanIsMaskedUnlessClearTextIsAsked) {
+    for (bool clear : {false, true}) {
+        SimSession session(clear ? std::vector<std::string>{"--log-card-data"} : std::vector<std::string>{});
+        AuthorisationFields fields;
+        ASSERT_EQ(session.client().postXml("/Authorize", authorisationRequest(fields)).status, 200);
+        std::vector<std::string> log = session.process().requestLog();
+        ASSERT_FALSE(log.empty());
+        std::string shown = clear ? fields.pan : fields.pan.substr(0, 6) + "******" + fields.pan.substr(12);
+        EXPECT_NE(log.back().find(" pan=" + shown), std::string::npos) << log.back();
+    }
+}
+
 // Twenty exchanges would take at least 800 ms if Nagle's algorithm held back
 // every answer's second segment until the client's delayed acknowledgement.
 TEST_F(AuthorizeTest, AnswersAreNotHeldBackByNagle) {

@@ -129,7 +129,11 @@ INSTANTIATE_TEST_SUITE_P(
                       DictionaryCase{"ArrayAtTheRoot",
                                      "<?xml version=\"1.0\"?><plist version=\"1.0\"><array><string>x</string>"
                                      "</array></plist>",
-                                     "root is not a dictionary"}),
+                                     "root is not a dictionary"},
+                      DictionaryCase{"NulInsideAString",
+                                     std::string("<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>Kovra "
+                                                 "Pinpad</key><string>x") + '\0' + "y</string></dict></plist>",
+                                     "NUL byte in an XML property list"}),
     [](const auto& info) { return info.param.name; });
 
 TEST(KovraCliVersionTest, TextAndJsonNameTheLibraryVersion) {

@@ -1,14 +1,18 @@
 // `kovra demo` from a clean machine: both emulators started and stopped by it.
 #include "KovraCliProcess.h"
 
+#include "KVRSimCard.h"
 #include "support/KVRTempDirectory.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <set>
+#include <sstream>
 
 namespace {
 
@@ -27,6 +31,44 @@ int processesMentioning(const std::string& text) {
         if (line.find(text) != std::string::npos) ++count;
     }
     return count;
+}
+
+std::string contents(const fs::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::ostringstream bytes;
+    bytes << in.rdbuf();
+    return bytes.str();
+}
+
+// What the run left behind: every file under the kept directory, then its output.
+std::vector<std::pair<std::string, std::string>> everythingWritten(const std::string& kept, const KovraCliResult& result) {
+    std::vector<std::pair<std::string, std::string>> texts;
+    for (const auto& entry : fs::recursive_directory_iterator(kept))
+        if (entry.is_regular_file()) texts.emplace_back(entry.path().string(), contents(entry.path()));
+    texts.emplace_back("standard output", result.out);
+    texts.emplace_back("standard error", result.err);
+    return texts;
+}
+
+// No full PAN or track of the emulator's cards anywhere, and the card data
+// elements of the logged XML hold asterisks only (PIN blocks and key serial
+// numbers are random or counted, so they are checked by their place).
+void expectNoCardDataIn(const std::vector<std::pair<std::string, std::string>>& texts) {
+    std::vector<std::string> secrets = {"9999012345"};  // the emulator's base key serial number
+    for (const auto& name : KVRSimCard::names()) {
+        auto card = *KVRSimCard::named(name);
+        secrets.insert(secrets.end(), {card.pan, card.secondTrack().substr(card.pan.size()),
+                                       card.firstTrack().substr(1 + card.pan.size())});
+    }
+    const std::regex cardElement("<(PAN|TrckVal|NcrptdData|NcrptdKey|DerivtnId)>([^<]*)<");
+    for (const auto& [where, text] : texts) {
+        for (const auto& secret : secrets) EXPECT_EQ(text.find(secret), std::string::npos) << secret << " in " << where;
+        for (std::sregex_iterator it(text.begin(), text.end(), cardElement), end; it != end; ++it) {
+            std::string value = (*it)[2];
+            size_t clear = (*it)[1] == "PAN" ? 10 : 0;
+            EXPECT_LE(value.size() - std::count(value.begin(), value.end(), '*'), clear) << (*it)[0] << " in " << where;
+        }
+    }
 }
 
 TEST(KovraDemoTest, RunsAMerchantsDayAndCleansUp) {
@@ -53,12 +95,13 @@ TEST(KovraDemoTest, RunsAMerchantsDayAndCleansUp) {
     EXPECT_TRUE(isEmpty(temporary.path()));
 }
 
-TEST(KovraDemoTest, KeptDirectoryServesLaterCommands) {
+TEST(KovraDemoTest, KeptDirectoryServesLaterCommandsAndHoldsNoCardData) {
     KVRTempDirectory temporary;
     std::string kept = temporary.file("demo");
-    auto result = runKovra({"demo", "--pause", "0", "--keep", kept}, {}, 120s);
+    auto result = runKovra({"demo", "--pause", "0", "--keep", kept, "--verbose"}, {}, 120s);
     ASSERT_EQ(result.exitCode, 0) << result.out << result.err;
     EXPECT_EQ(processesMentioning(kept), 0);
+    expectNoCardDataIn(everythingWritten(kept, result));
 
     // The pause line counts the requests the PIN pad emulator logged.
     std::ifstream log(kept + "/pinpad-commands.log");
