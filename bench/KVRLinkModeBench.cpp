@@ -23,6 +23,7 @@
 #include "support/KVREmulators.h"
 #include "support/KVRTempDirectory.h"
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <string>
