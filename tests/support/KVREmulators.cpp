@@ -42,6 +42,7 @@ bool KVREmulators::startPinpad() {
         arguments.push_back("--fault");
         arguments.push_back(fault);
     }
+    arguments.insert(arguments.end(), options_.pinpadArguments.begin(), options_.pinpadArguments.end());
     std::filesystem::create_directories(directory_.file("pinpad"));
     pinpad_ = std::make_unique<KVRProcess>(options_.pinpadBinary, arguments);
     auto line = pinpad_->waitForLine(kPinpadReady, 20s);

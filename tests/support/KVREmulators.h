@@ -30,6 +30,8 @@ public:
         std::vector<std::string> cards;
         /// Fault rules of the PIN pad (JSON objects, see its --help).
         std::vector<std::string> pinpadFaults;
+        /// More arguments for the PIN pad ("--bit-rate", "19200"...).
+        std::vector<std::string> pinpadArguments;
         /// More arguments for the acquirer ("--auth-delay", "3"...).
         std::vector<std::string> acquirerArguments;
     };

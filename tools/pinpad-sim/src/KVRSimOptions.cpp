@@ -10,9 +10,9 @@ namespace {
 
 const std::set<std::string> kFlags{"--pty",     "--help",          "-h",           "--verbose",
                                    "-v",        "--strict-abecs",  "--log-card-data", "--version"};
-const std::set<std::string> kValued{"--link",   "--tcp",  "--state",  "--card",   "--scenario", "--display-log",
-                                    "--command-log", "--name", "--model", "--serial", "--sover",    "--manver",
-                                    "--fault"};
+const std::set<std::string> kValued{"--link",        "--tcp",  "--bit-rate", "--state",  "--card",
+                                    "--scenario",    "--display-log", "--command-log", "--name", "--model",
+                                    "--serial",      "--sover",  "--manver",   "--fault"};
 
 std::string cardNames() {
     std::string names;
@@ -69,6 +69,12 @@ void KVRSimOptions::set(const std::string& option, const std::string& value) {
             throw Invalid("--tcp needs a port number from 0 to 65535");
         }
         tcpPort = std::stoi(value);
+    } else if (option == "--bit-rate") {
+        bool digits = !value.empty() && value.size() <= 7 && std::all_of(value.begin(), value.end(), ::isdigit);
+        if (!digits || std::stoi(value) < 1) {
+            throw Invalid("--bit-rate needs a positive number of bits per second");
+        }
+        bitRate = std::stoi(value);
     } else if (option == "--card") {
         if (!KVRSimCard::named(value)) {
             throw Invalid("unknown card " + value + " (cards: " + cardNames() + ")");
@@ -109,7 +115,8 @@ std::string KVRSimOptions::identityText(const std::string& option, const std::st
 
 std::string KVRSimOptions::helpText() {
     KVRSimIdentity defaults;
-    return R"(Usage: kovra-pinpad-sim [--pty] [--link PATH] [--tcp PORT] [--state DIR] [--card NAME]
+    return R"(Usage: kovra-pinpad-sim [--pty] [--link PATH] [--tcp PORT] [--bit-rate N] [--state DIR]
+                        [--card NAME]
                         [--scenario FILE] [--fault JSON] [--display-log FILE] [--command-log FILE]
                         [--log-card-data] [--strict-abecs]
                         [--name TEXT] [--model TEXT] [--serial TEXT] [--sover TEXT] [--manver TEXT]
@@ -146,6 +153,9 @@ Endpoint (one of):
   --link PATH         with a pseudo-terminal: keep a symbolic link PATH to its
                       slave device (removed on exit)
   --tcp PORT          listen on 127.0.0.1:PORT, one host at a time; 0 picks a free port
+  --bit-rate N        simulate a serial line of N bit/s (10 bits a byte): bytes sent
+                      leave at that pace, and a request counts as arrived only after
+                      its bytes' line time (default: no pacing; ABECS lines run 19200)
 When it can accept requests it prints exactly one line to standard output:
   kovra-pinpad-sim ready on /dev/pts/N
   kovra-pinpad-sim ready on tcp://127.0.0.1:PORT

@@ -27,6 +27,8 @@ public:
     bool strictAbecs = false;
     bool logCardData = false;
     std::optional<int> tcpPort;
+    /// Bits per second of the simulated line; none: no pacing.
+    std::optional<int> bitRate;
     std::optional<std::filesystem::path> link;
     std::optional<std::filesystem::path> stateDirectory;
     std::optional<std::string> card;

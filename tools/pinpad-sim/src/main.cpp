@@ -1,6 +1,7 @@
 #include "KVRSimCommandProcessor.h"
 #include "KVRSimDisplay.h"
 #include "KVRSimOptions.h"
+#include "KVRSimPacedTransport.h"
 #include "KVRSimPtyTransport.h"
 #include "KVRSimScenario.h"
 #include "KVRSimServer.h"
@@ -10,6 +11,7 @@
 #include <csignal>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace {
@@ -38,7 +40,10 @@ int serve(const KVRSimOptions& options) {
     KVRSimCommandProcessor processor(options.identity, card, scenario, tables, display,
                                      {options.strictAbecs, options.logCardData});
     auto transport = makeTransport(options);
-    KVRSimServer server(*transport, processor, options.commandLog, options.verbose);
+    std::optional<KVRSimPacedTransport> paced;
+    if (options.bitRate) paced.emplace(*transport, *options.bitRate);
+    KVRSimServer server(paced ? static_cast<KVRSimTransport&>(*paced) : *transport, processor, options.commandLog,
+                        options.verbose);
     return server.run(std::cout);
 }
 

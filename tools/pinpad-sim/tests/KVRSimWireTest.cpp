@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 namespace {
 
 using Wire = KVRSimTestWire;
@@ -116,6 +118,15 @@ TEST_P(KVRSimWireTest, KeepsServingAfterTheHostDisconnects) {
     }
     auto second = bench.connect();
     EXPECT_EQ(second->exchange("OPN000"), "OPN000");
+}
+
+TEST(KVRSimBitRate, ExchangeTakesTheLineTimeOfItsBytes) {
+    // At 1000 bit/s a byte takes 10 ms: the GIN request (12 bytes), the ACK
+    // and the 113-byte reply make 1.26 s of line.
+    KVRSimTestBench paced({"--bit-rate", "1000"});
+    auto started = std::chrono::steady_clock::now();
+    EXPECT_EQ(paced.client().exchange("GIN00200").substr(0, 9), "GIN000100");
+    EXPECT_GE(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(1260));
 }
 
 INSTANTIATE_TEST_SUITE_P(Endpoints, KVRSimWireTest,
