@@ -12,8 +12,8 @@
 #include "Pinpad/Commands/KVRTlrCommandRequest.h"
 #include "Tms/KVRAidTable.h"
 #include "Tms/KVRCapkTable.h"
-#include "support/KVRBenchSamples.h"
-#include "support/KVRPinpadReplies.h"
+#include "testing/KVRBenchSamples.h"
+#include "testing/KVRPinpadReplies.h"
 
 #include <cstring>
 #include <string>

@@ -24,9 +24,9 @@
 #include "Tms/KVRTmsController.h"
 #include "Transactions/KVRTransactionController.h"
 #include "Utils/KVRReachability.h"
-#include "support/KVRBenchPinpad.h"
-#include "support/KVRBenchSamples.h"
-#include "support/KVRPinpadReplies.h"
+#include "testing/KVRBenchPinpad.h"
+#include "testing/KVRBenchSamples.h"
+#include "testing/KVRPinpadReplies.h"
 
 #include <future>
 #include <memory>

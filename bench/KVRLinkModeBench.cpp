@@ -19,9 +19,9 @@
 #include "Pinpad/KVRBluetoothConnection.h"
 #include "Pinpad/KVRPinpadController.h"
 #include "Platform/KVRAccessoryManager.h"
-#include "support/KVRCompletionRecorder.h"
-#include "support/KVREmulators.h"
-#include "support/KVRTempDirectory.h"
+#include "testing/KVRCompletionRecorder.h"
+#include "testing/KVREmulators.h"
+#include "testing/KVRTempDirectory.h"
 
 #include <algorithm>
 #include <functional>

@@ -1,4 +1,4 @@
-#include "support/KVRBenchEnvironment.h"
+#include "testing/KVRBenchEnvironment.h"
 
 #include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRDirectories.h>

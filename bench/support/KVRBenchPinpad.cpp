@@ -1,7 +1,7 @@
-#include "support/KVRBenchPinpad.h"
+#include "testing/KVRBenchPinpad.h"
 
 #include "Pinpad/KVRBluetoothConnection.h"
-#include "support/KVRReferenceCrc.h"
+#include "testing/KVRReferenceCrc.h"
 
 #include <chrono>
 #include <mutex>

@@ -1,6 +1,6 @@
-#include "support/KVRBenchSamples.h"
+#include "testing/KVRBenchSamples.h"
 
-#include "support/KVRPinpadReplies.h"
+#include "testing/KVRPinpadReplies.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "support/KVRReferenceCrc.h"
+#include "testing/KVRReferenceCrc.h"
 
 #include <array>
 

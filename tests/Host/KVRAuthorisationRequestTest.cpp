@@ -7,7 +7,7 @@
 #include "Pinpad/Commands/KVRGcrCommandResponse.h"
 #include "Pinpad/Commands/KVRGocCommandResponse.h"
 #include "Pinpad/Commands/KVRGpnCommandResponse.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <kovra/KVRException.h>
 #include <kovra/KVRMerchantModel.h>

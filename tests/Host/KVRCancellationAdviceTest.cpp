@@ -3,7 +3,7 @@
 #include "Host/KVRHostMessageFixtures.h"
 #include "Host/Messages/KVRAcceptorCancellationAdviceBuilder.h"
 #include "Host/Messages/KVRAcceptorCancellationAdviceResponse.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <kovra/KVRMerchantModel.h>
 #include <kovra/KVRTransactionModel.h>

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "Host/KVRCommunicationController.h"
-#include "support/KVRTempDirectory.h"
-#include "support/KVRTestCertificates.h"
+#include "testing/KVRTempDirectory.h"
+#include "testing/KVRTestCertificates.h"
 
 #include <kovra/KVRApplicationInfo.h>
 

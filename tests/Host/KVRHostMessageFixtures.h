@@ -14,7 +14,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
-#include "support/KVRLocalTime.h"
+#include "testing/KVRLocalTime.h"
 
 namespace kvrtest {
 

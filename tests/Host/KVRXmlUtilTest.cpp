@@ -2,8 +2,8 @@
 
 #include "Host/KVRServiceEndpoint.h"
 #include "Host/KVRXmlUtil.h"
-#include "support/KVRTempDirectory.h"
-#include "support/KVRTestEnvironment.h"
+#include "testing/KVRTempDirectory.h"
+#include "testing/KVRTestEnvironment.h"
 
 #include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRDirectories.h>

@@ -2,7 +2,7 @@
 
 #include "Host/KVRDataCoding.h"
 #include "Host/TBXML.h"
-#include "support/KVRTempDirectory.h"
+#include "testing/KVRTempDirectory.h"
 
 #include <fstream>
 #include <functional>

@@ -9,10 +9,10 @@
 #include "Persistence/KVRDataBaseController.h"
 #include "Platform/KVRPropertyList.h"
 #include "Utils/KVRReachability.h"
-#include "support/KVRFakeExchange.h"
-#include "support/KVRLogCapture.h"
-#include "support/KVRTemporaryStore.h"
-#include "support/KVRWaitUntil.h"
+#include "testing/KVRFakeExchange.h"
+#include "testing/KVRLogCapture.h"
+#include "testing/KVRTemporaryStore.h"
+#include "testing/KVRWaitUntil.h"
 
 #include <sqlite3.h>
 

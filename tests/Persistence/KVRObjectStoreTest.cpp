@@ -8,8 +8,8 @@
 #include <kovra/KVRTransactionModel.h>
 
 #include "Persistence/KVRStoreFileInspector.h"
-#include "support/KVRLogCapture.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRLogCapture.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <filesystem>
 #include <ostream>

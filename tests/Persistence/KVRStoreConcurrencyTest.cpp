@@ -7,7 +7,7 @@
 #include <kovra/KVRTransactionModel.h>
 
 #include "Persistence/KVRStoreFileInspector.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <future>
 #include <ostream>

@@ -6,8 +6,8 @@
 
 #include "Persistence/KVRPersistenceController.h"
 #include "Persistence/KVRStoreFileInspector.h"
-#include "support/KVRLogCapture.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRLogCapture.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <sqlite3.h>
 

@@ -2,11 +2,11 @@
 
 #include <kovra/KVRTransactionModel.h>
 
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <ctime>
 #include <ostream>
-#include "support/KVRLocalTime.h"
+#include "testing/KVRLocalTime.h"
 
 namespace {
 

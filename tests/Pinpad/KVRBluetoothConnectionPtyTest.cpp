@@ -6,8 +6,8 @@
 #include "Pinpad/Commands/KVRGinCommandRequest.h"
 #include "Pinpad/Commands/KVROpnCommandRequest.h"
 #include "Platform/KVRSerialAccessory.h"
-#include "support/KVRPseudoTerminal.h"
-#include "support/KVRScriptedPinpad.h"
+#include "testing/KVRPseudoTerminal.h"
+#include "testing/KVRScriptedPinpad.h"
 
 #include <any>
 #include <unistd.h>

@@ -11,7 +11,7 @@
 #include "Pinpad/Commands/KVROpnCommandRequest.h"
 #include "Pinpad/KVRAbecsFrameCodec.h"
 #include "Pinpad/KVRPinpadController.h"
-#include "support/KVRScriptedPinpad.h"
+#include "testing/KVRScriptedPinpad.h"
 
 #include <any>
 #include <atomic>

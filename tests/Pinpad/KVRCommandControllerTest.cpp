@@ -7,12 +7,12 @@
 #include "Pinpad/KVRCommandController.h"
 #include "Pinpad/KVRPinpadController.h"
 #include "Utils/KVRClock.h"
-#include "support/KVREmvTableSamples.h"
-#include "support/KVRLocalTime.h"
-#include "support/KVRLogCapture.h"
-#include "support/KVRPinpadReplies.h"
-#include "support/KVRScriptedPinpad.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVREmvTableSamples.h"
+#include "testing/KVRLocalTime.h"
+#include "testing/KVRLogCapture.h"
+#include "testing/KVRPinpadReplies.h"
+#include "testing/KVRScriptedPinpad.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <map>
 

@@ -8,7 +8,7 @@
 #include <ctime>
 #include <functional>
 #include <string>
-#include "support/KVRLocalTime.h"
+#include "testing/KVRLocalTime.h"
 
 namespace {
 

@@ -20,7 +20,7 @@
 #include <ctime>
 #include <memory>
 #include <string>
-#include "support/KVRLocalTime.h"
+#include "testing/KVRLocalTime.h"
 
 namespace {
 

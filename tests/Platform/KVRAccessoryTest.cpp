@@ -7,8 +7,8 @@
 #include "Platform/KVRMemoryChannel.h"
 #include "Platform/KVRSerialAccessory.h"
 #include "Platform/KVRTcpAccessory.h"
-#include "support/KVRPseudoTerminal.h"
-#include "support/KVRTempDirectory.h"
+#include "testing/KVRPseudoTerminal.h"
+#include "testing/KVRTempDirectory.h"
 
 #include <arpa/inet.h>
 #include <fstream>

@@ -5,8 +5,8 @@
 #include <kovra/KVRLoggingUtil.h>
 
 #include "Platform/KVRPropertyList.h"
-#include "support/KVRTempDirectory.h"
-#include "support/KVRTestEnvironment.h"
+#include "testing/KVRTempDirectory.h"
+#include "testing/KVRTestEnvironment.h"
 
 #include <cstdlib>
 #include <fstream>

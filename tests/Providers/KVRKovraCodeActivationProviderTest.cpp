@@ -9,9 +9,9 @@
 #include "Host/KVRCommunicationController.h"
 #include "Providers/KVRActivationController.h"
 #include "Utils/KVRReachability.h"
-#include "support/KVRCompletionRecorder.h"
-#include "support/KVRFakeExchange.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRCompletionRecorder.h"
+#include "testing/KVRFakeExchange.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <string>
 #include <thread>

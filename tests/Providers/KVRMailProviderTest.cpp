@@ -7,8 +7,8 @@
 #include <kovra/KVRTransactionModel.h>
 
 #include "Utils/KVRReachability.h"
-#include "support/KVRFakeExchange.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRFakeExchange.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <nlohmann/json.hpp>
 

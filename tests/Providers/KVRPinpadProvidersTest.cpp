@@ -13,12 +13,12 @@
 #include "Pinpad/KVRBluetoothConnection.h"
 #include "Pinpad/KVRPinpadController.h"
 #include "Platform/KVRAccessoryManager.h"
-#include "support/KVRCardPanRecorder.h"
-#include "support/KVRCompletionRecorder.h"
-#include "support/KVRLogCapture.h"
-#include "support/KVRPinpadReplies.h"
-#include "support/KVRScriptedPinpad.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRCardPanRecorder.h"
+#include "testing/KVRCompletionRecorder.h"
+#include "testing/KVRLogCapture.h"
+#include "testing/KVRPinpadReplies.h"
+#include "testing/KVRScriptedPinpad.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <future>
 

@@ -18,11 +18,11 @@
 #include "Platform/KVRPropertyList.h"
 #include "Utils/KVRDateUtil.h"
 #include "Utils/KVRReachability.h"
-#include "support/KVRFakeExchange.h"
-#include "support/KVRPinpadReplies.h"
-#include "support/KVRScriptedPinpad.h"
-#include "support/KVRTemporaryStore.h"
-#include "support/KVRWaitUntil.h"
+#include "testing/KVRFakeExchange.h"
+#include "testing/KVRPinpadReplies.h"
+#include "testing/KVRScriptedPinpad.h"
+#include "testing/KVRTemporaryStore.h"
+#include "testing/KVRWaitUntil.h"
 
 #include <condition_variable>
 #include <filesystem>

@@ -11,8 +11,8 @@
 #include "Platform/KVRAccessoryManager.h"
 #include "Platform/KVRPropertyList.h"
 #include "Utils/KVRReachability.h"
-#include "support/KVRScriptedPinpad.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRScriptedPinpad.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <filesystem>
 

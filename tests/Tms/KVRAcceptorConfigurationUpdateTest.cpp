@@ -7,7 +7,7 @@
 #include "Host/XMLWriter.h"
 #include "Tms/KVRAcceptorConfigurationUpdate.h"
 #include "Tms/KVRAddressElement.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRTemporaryStore.h"
 
 namespace {
 

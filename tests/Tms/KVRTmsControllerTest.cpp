@@ -13,13 +13,13 @@
 #include "Pinpad/KVRPinpadController.h"
 #include "Tms/KVRTmsController.h"
 #include "Utils/KVRReachability.h"
-#include "support/KVRCompletionRecorder.h"
-#include "support/KVREmvTableSamples.h"
-#include "support/KVRFakeExchange.h"
-#include "support/KVRLogCapture.h"
-#include "support/KVRPinpadReplies.h"
-#include "support/KVRScriptedPinpad.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRCompletionRecorder.h"
+#include "testing/KVREmvTableSamples.h"
+#include "testing/KVRFakeExchange.h"
+#include "testing/KVRLogCapture.h"
+#include "testing/KVRPinpadReplies.h"
+#include "testing/KVRScriptedPinpad.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <mutex>
 #include <thread>

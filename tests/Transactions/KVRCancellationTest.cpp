@@ -9,10 +9,10 @@
 #include "Host/KVRCommunicationController.h"
 #include "Transactions/KVRCancellationController.h"
 #include "Utils/KVRReachability.h"
-#include "support/KVRCompletionRecorder.h"
-#include "support/KVRFakeExchange.h"
-#include "support/KVRLogCapture.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRCompletionRecorder.h"
+#include "testing/KVRFakeExchange.h"
+#include "testing/KVRLogCapture.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <functional>
 #include <string>

@@ -10,8 +10,8 @@
 #include "Pinpad/KVRCommandController.h"
 #include "Pinpad/KVRPinpadController.h"
 #include "Utils/KVRReachability.h"
-#include "support/KVREmvTableSamples.h"
-#include "support/KVRPinpadReplies.h"
+#include "testing/KVREmvTableSamples.h"
+#include "testing/KVRPinpadReplies.h"
 
 #include <gtest/gtest.h>
 

@@ -2,10 +2,10 @@
 
 #include <kovra/KVRTransactionModel.h>
 
-#include "support/KVRCompletionRecorder.h"
-#include "support/KVRFakeExchange.h"
-#include "support/KVRScriptedPinpad.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRCompletionRecorder.h"
+#include "testing/KVRFakeExchange.h"
+#include "testing/KVRScriptedPinpad.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <functional>
 #include <map>

@@ -5,8 +5,8 @@
 
 #include "Persistence/KVRStoreFileInspector.h"
 #include "Transactions/KVRSaleBench.h"
-#include "support/KVRLogCapture.h"
-#include "support/KVRPinpadReplies.h"
+#include "testing/KVRLogCapture.h"
+#include "testing/KVRPinpadReplies.h"
 
 #include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRDirectories.h>

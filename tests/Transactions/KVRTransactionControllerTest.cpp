@@ -8,10 +8,10 @@
 #include "Pinpad/Commands/KVRGcrCommandResponse.h"
 #include "Transactions/KVRTransactionController.h"
 #include "Utils/KVRClock.h"
-#include "support/KVREmvTableSamples.h"
-#include "support/KVRLocalTime.h"
-#include "support/KVRLogCapture.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVREmvTableSamples.h"
+#include "testing/KVRLocalTime.h"
+#include "testing/KVRLogCapture.h"
+#include "testing/KVRTemporaryStore.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <kovra/KVRApplicationInfo.h>
 
 #include "Utils/KVRCardDataMasking.h"
-#include "support/KVRPinpadReplies.h"
+#include "testing/KVRPinpadReplies.h"
 
 #include <fstream>
 #include <sstream>

@@ -3,7 +3,7 @@
 #include "Utils/KVRDateUtil.h"
 
 #include <ctime>
-#include "support/KVRLocalTime.h"
+#include "testing/KVRLocalTime.h"
 
 namespace {
 

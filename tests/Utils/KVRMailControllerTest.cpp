@@ -7,9 +7,9 @@
 #include <kovra/KVRTransactionModel.h>
 
 #include "Utils/KVRMailController.h"
-#include "support/KVRFakeExchange.h"
-#include "support/KVRLocalTime.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRFakeExchange.h"
+#include "testing/KVRLocalTime.h"
+#include "testing/KVRTemporaryStore.h"
 
 namespace {
 

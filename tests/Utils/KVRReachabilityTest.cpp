@@ -5,8 +5,8 @@
 
 #include "Utils/KVRReachability.h"
 #include "Utils/KVRRouteProbe.h"
-#include "support/KVRLogCapture.h"
-#include "support/KVRTempDirectory.h"
+#include "testing/KVRLogCapture.h"
+#include "testing/KVRTempDirectory.h"
 
 #include <arpa/inet.h>
 #include <net/if.h>

@@ -17,11 +17,11 @@
 #include "Persistence/KVRDataBaseController.h"
 #include "Pinpad/Commands/KVRGcrCommandResponse.h"
 #include "Platform/KVRPropertyList.h"
-#include "support/KVRCompletionRecorder.h"
-#include "support/KVRProcess.h"
-#include "support/KVRTempDirectory.h"
-#include "support/KVRTemporaryStore.h"
-#include "support/KVRWaitUntil.h"
+#include "testing/KVRCompletionRecorder.h"
+#include "testing/KVRProcess.h"
+#include "testing/KVRTempDirectory.h"
+#include "testing/KVRTemporaryStore.h"
+#include "testing/KVRWaitUntil.h"
 
 #include <sqlite3.h>
 

@@ -13,12 +13,12 @@
 #include "Pinpad/KVRBluetoothConnection.h"
 #include "Pinpad/KVRPinpadController.h"
 #include "Platform/KVRAccessoryManager.h"
-#include "support/KVRCardPanRecorder.h"
-#include "support/KVRCompletionRecorder.h"
-#include "support/KVRLogCapture.h"
-#include "support/KVRProcess.h"
-#include "support/KVRTempDirectory.h"
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRCardPanRecorder.h"
+#include "testing/KVRCompletionRecorder.h"
+#include "testing/KVRLogCapture.h"
+#include "testing/KVRProcess.h"
+#include "testing/KVRTempDirectory.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <fstream>
 #include <memory>

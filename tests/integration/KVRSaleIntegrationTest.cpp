@@ -16,10 +16,10 @@
 #include "Pinpad/KVRBluetoothConnection.h"
 #include "Pinpad/KVRPinpadController.h"
 #include "Platform/KVRAccessoryManager.h"
-#include "support/KVRCompletionRecorder.h"
-#include "support/KVREmulators.h"
-#include "support/KVRTemporaryStore.h"
-#include "support/KVRWaitUntil.h"
+#include "testing/KVRCompletionRecorder.h"
+#include "testing/KVREmulators.h"
+#include "testing/KVRTemporaryStore.h"
+#include "testing/KVRWaitUntil.h"
 
 #include "Persistence/KVRStoreFileInspector.h"
 

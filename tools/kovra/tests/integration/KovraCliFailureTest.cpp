@@ -2,8 +2,8 @@
 // code of its kind (2 refused, 3 technical), or with Ctrl-C.
 #include "KovraEmulatorBench.h"
 
-#include "support/KVRTempDirectory.h"
-#include "support/KVRWaitUntil.h"
+#include "testing/KVRTempDirectory.h"
+#include "testing/KVRWaitUntil.h"
 
 #include <kovra/KVRErrors.h>
 

@@ -2,7 +2,7 @@
 // the version; none of these needs an emulator.
 #include "KovraCliProcess.h"
 
-#include "support/KVRTempDirectory.h"
+#include "testing/KVRTempDirectory.h"
 
 #include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRVersion.h>

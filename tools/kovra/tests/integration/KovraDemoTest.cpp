@@ -2,7 +2,7 @@
 #include "KovraCliProcess.h"
 
 #include "KVRSimCard.h"
-#include "support/KVRTempDirectory.h"
+#include "testing/KVRTempDirectory.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

@@ -2,8 +2,8 @@
 
 #include "KovraCliProcess.h"
 
-#include "support/KVREmulators.h"
-#include "support/KVRTempDirectory.h"
+#include "testing/KVREmulators.h"
+#include "testing/KVRTempDirectory.h"
 
 #include <nlohmann/json.hpp>
 

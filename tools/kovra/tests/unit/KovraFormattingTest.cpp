@@ -4,7 +4,7 @@
 #include "KovraText.h"
 #include "KovraTextTable.h"
 
-#include "support/KVRTempDirectory.h"
+#include "testing/KVRTempDirectory.h"
 
 #include <kovra/KVRApplicationInfo.h>
 

@@ -1,4 +1,4 @@
-#include "support/KVRTempDirectory.h"
+#include "testing/KVRTempDirectory.h"
 
 #include <cstdlib>
 #include <stdexcept>

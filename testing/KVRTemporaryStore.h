@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/KVRTempDirectory.h"
+#include "testing/KVRTempDirectory.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "support/KVRTestCertificates.h"
+#include "testing/KVRTestCertificates.h"
 
 #include <openssl/evp.h>
 #include <openssl/pem.h>

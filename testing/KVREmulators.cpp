@@ -1,4 +1,4 @@
-#include "support/KVREmulators.h"
+#include "testing/KVREmulators.h"
 
 #include <kovra/KVRApplicationInfo.h>
 

@@ -2,8 +2,8 @@
 
 #include <kovra/KVRPropertyValue.h>
 
-#include "support/KVRProcess.h"
-#include "support/KVRTempDirectory.h"
+#include "testing/KVRProcess.h"
+#include "testing/KVRTempDirectory.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,9 +1,9 @@
-#include "support/KVRTemporaryStore.h"
+#include "testing/KVRTemporaryStore.h"
 
 #include <kovra/KVRDirectories.h>
 
 #include "Persistence/KVRPersistenceController.h"
-#include "support/KVRTestEnvironment.h"
+#include "testing/KVRTestEnvironment.h"
 
 KVRTemporaryStore::KVRTemporaryStore() {
     KVRPersistenceController::resetSharedControllerForTesting();

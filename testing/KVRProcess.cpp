@@ -1,4 +1,4 @@
-#include "support/KVRProcess.h"
+#include "testing/KVRProcess.h"
 
 #include <cerrno>
 #include <csignal>

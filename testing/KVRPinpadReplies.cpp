@@ -1,4 +1,4 @@
-#include "support/KVRPinpadReplies.h"
+#include "testing/KVRPinpadReplies.h"
 
 #include <cstdio>
 

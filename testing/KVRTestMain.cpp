@@ -8,7 +8,7 @@
 #include <string>
 #include <unistd.h>
 
-#include "support/KVRTestEnvironment.h"
+#include "testing/KVRTestEnvironment.h"
 
 namespace {
 std::string testDataDirectory;

@@ -1,4 +1,4 @@
-#include "support/KVRPseudoTerminal.h"
+#include "testing/KVRPseudoTerminal.h"
 
 #include "Platform/KVRFdInputStream.h"
 #include "Platform/KVRFdOutputStream.h"

@@ -1,4 +1,4 @@
-#include "support/KVRScriptedPinpad.h"
+#include "testing/KVRScriptedPinpad.h"
 
 #include "Pinpad/KVRBluetoothConnection.h"
 

@@ -1,4 +1,4 @@
-#include "support/KVREmvTableSamples.h"
+#include "testing/KVREmvTableSamples.h"
 
 namespace KVREmvTableSamples {
 namespace {

@@ -1,4 +1,4 @@
-#include "support/KVRLogCapture.h"
+#include "testing/KVRLogCapture.h"
 
 #include <kovra/KVRLoggingUtil.h>
 

@@ -1,4 +1,4 @@
-#include "support/KVRCardPanRecorder.h"
+#include "testing/KVRCardPanRecorder.h"
 
 KVRCardProvider::Completion KVRCardPanRecorder::block() {
     return [this](bool success, std::optional<std::string> digits, std::optional<KVRError> error) {

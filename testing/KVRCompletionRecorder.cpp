@@ -1,4 +1,4 @@
-#include "support/KVRCompletionRecorder.h"
+#include "testing/KVRCompletionRecorder.h"
 
 KVRCompletion KVRCompletionRecorder::block() {
     return [this](bool success, std::optional<KVRError> error) {

@@ -1,4 +1,4 @@
-#include "support/KVRFakeExchange.h"
+#include "testing/KVRFakeExchange.h"
 
 #include "Host/KVRCommunicationController.h"
 
