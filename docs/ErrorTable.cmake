@@ -1,10 +1,10 @@
 # Writes the table of error codes for the API reference: code and text from
-# the catalogue's factories (src/Providers/KVRErrors.cpp), what each means at
+# the catalogue's factories (src/Utils/KVRErrors.cpp), what each means at
 # the till from the comment on its declaration (include/kovra/KVRErrors.h).
 #   cmake -DSOURCE_DIR=<source> -DOUTPUT=<errors.md> -P docs/ErrorTable.cmake
 cmake_minimum_required(VERSION 3.20)
 
-file(READ ${SOURCE_DIR}/src/Providers/KVRErrors.cpp catalogue)
+file(READ ${SOURCE_DIR}/src/Utils/KVRErrors.cpp catalogue)
 file(STRINGS ${SOURCE_DIR}/include/kovra/KVRErrors.h header)
 string(REGEX MATCH "KovraDomain = \"([^\"]*)\"" _ "${catalogue}")
 set(domain "${CMAKE_MATCH_1}")

@@ -1,13 +1,13 @@
 #include "Persistence/KVRDataBaseController.h"
 
 #include <kovra/KVRDirectories.h>
-#include <kovra/KVRKovraCodeActivationProvider.h>
 #include <kovra/KVRLoggingUtil.h>
 #include <kovra/KVRMerchantModel.h>
 #include <kovra/KVRTransactionModel.h>
 
 #include "Persistence/KVRRegisterFile.h"
 #include "Persistence/KVRSQLiteStatement.h"
+#include "Persistence/KVRTransactionStatus.h"
 #include "Utils/KVRDateUtil.h"
 #include "Utils/KVRStringUtil.h"
 
@@ -24,8 +24,6 @@ constexpr const char* kSelectRows =
 constexpr const char* kDateFormat = "dd/MM/yyyy '-' HH:mm";
 constexpr const char* kApprovedText = "Transação Aprovada";
 constexpr const char* kDebitText = "Débito";
-constexpr int kApprovedStatus = 2;
-constexpr int kCancelledStatus = 5;
 constexpr int kCreditType = 0;
 constexpr int kDebitType = 1;
 
@@ -84,7 +82,7 @@ void fillTransaction(KVRTransactionModel& transaction, const KVRSQLiteStatement&
     transaction.setArqc(textAt(row, Arqc));
     transaction.setType(plainTextAt(row, Type) == kDebitText ? kDebitType : kCreditType);
     // Only approvals stay live; anything else can no longer be cancelled.
-    transaction.setStatus(plainTextAt(row, Status) == kApprovedText ? kApprovedStatus : kCancelledStatus);
+    transaction.setStatus(plainTextAt(row, Status) == kApprovedText ? KVRTransactionStatusApproved : KVRTransactionStatusCancelled);
     transaction.setDate(KVRDateUtil::buildDateWithString(plainTextAt(row, Date), kDateFormat));
     transaction.setReceiptTransactionKey(textAt(row, Recipient));
     transaction.setPan(textAt(row, Pan));
@@ -123,7 +121,7 @@ void KVRDataBaseController::emptyTable() {
     if (file.db()) file.exec("DELETE from contacts");
 }
 
-void KVRDataBaseController::migrateDatabase() {
+void KVRDataBaseController::migrateDatabase(const Enrolment& enrol) {
     if (KVRMerchantModel::findFirst()) {
         if (!KVRTransactionModel::findFirst()) migrateColumns();
         return;
@@ -133,7 +131,7 @@ void KVRDataBaseController::migrateDatabase() {
         KVRLoggingUtil::printLog("No merchant to carry the legacy transactions");
         return;
     }
-    KVRKovraCodeActivationProvider::activateKovraCode(*code, [this](bool success, std::optional<KVRError> error) {
+    enrol(*code, [this](bool success, std::optional<KVRError> error) {
         if (!success) {
             KVRLoggingUtil::printLog("Legacy merchant not enrolled: " +
                                      (error ? error->localizedDescription() : std::string("no error")));

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <kovra/KVRCompletion.h>
+
+#include <functional>
 #include <mutex>
 #include <string>
 
@@ -22,9 +25,13 @@ public:
     void createDB();
     void create();
     static void emptyTable();
+    /// Enrols the merchant of a Kovra code and reports when done; handed in by
+    /// the caller because enrolment is a provider's flow, above the store.
+    using Enrolment = std::function<void(const std::string& kovraCode, KVRCompletion completion)>;
+
     /// Brings the object store up to date with the legacy file (enrolling the
-    /// merchant of "register.plist" first when none is stored).
-    void migrateDatabase();
+    /// merchant of "register.plist" through `enrol` first when none is stored).
+    void migrateDatabase(const Enrolment& enrol);
     /// Copies the rows not yet in the store.
     void migrateColumns();
 

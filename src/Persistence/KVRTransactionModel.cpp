@@ -4,13 +4,15 @@
 #include <kovra/KVRPinpadModel.h>
 
 #include "Persistence/KVREntityDescription.h"
+#include "Persistence/KVRTransactionStatus.h"
 #include "Utils/KVRDateUtil.h"
 
 #include <array>
 
 namespace {
 
-constexpr std::array<const char*, 10> kStatusTexts = {
+// Indexed by KVRTransactionStatus.
+constexpr std::array<const char*, KVRTransactionStatusAborted + 1> kStatusTexts = {
     "Desconhecido", "Transação Negada", "Transação Aprovada", "Parcialmente Aprovado", "Erro tecnico",
     "Transação Cancelada", "Inválido", "Timeout", "Falha", "Abortado"};
 

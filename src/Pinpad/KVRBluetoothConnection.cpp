@@ -1,12 +1,13 @@
 #include "Pinpad/KVRBluetoothConnection.h"
 
 #include <kovra/KVRApplicationInfo.h>
-#include <kovra/KVRException.h>
 #include <kovra/KVRLoggingUtil.h>
 #include <kovra/KVRNotificationCenter.h>
 
+#include "Pinpad/Commands/KVRAbecsStatus.h"
 #include "Pinpad/Commands/KVRBaseCommandRequest.h"
 #include "Pinpad/KVRDisplayText.h"
+#include "Pinpad/KVRLinkException.h"
 #include "Utils/KVRCardDataMasking.h"
 #include "Utils/KVRStringUtil.h"
 
@@ -35,7 +36,6 @@ constexpr int kSendAttempts = 3;
 constexpr int kCancelAttempts = 3;
 constexpr int kNaksPerReply = 3;
 constexpr auto kNonBlockingReplyWait = 10s;
-constexpr const char* kCancelledStatus = "013";
 
 // Commands that wait for the cardholder may take any time.
 bool isBlockingCommand(const std::string& name) { return name == "GCR" || name == "GOC" || name == "GPN"; }
@@ -296,7 +296,7 @@ void KVRBluetoothConnection::keepText(const std::string& text) {
 
 // An aborted command ends as if the PIN pad had answered "cancelled".
 const char* KVRBluetoothConnection::endAsCancelled() {
-    keepText(expectedName_ + kCancelledStatus);
+    keepText(expectedName_ + KVRStringUtil::format("%03d", KVRAbecsStatusCancelled));
     KVRLoggingUtil::console(KVRStringUtil::format("--------- %s (aborted)", messageBuffer_.data()));
     finishCommand(true);
     return messageBuffer_.data();
@@ -380,7 +380,7 @@ std::optional<KVRBluetoothConnection::Clock::time_point> KVRBluetoothConnection:
 }
 
 void KVRBluetoothConnection::failTimedOut(const std::string& why) {
-    throw KVRException("PinpadTimeout", why);
+    throw KVRLinkException::timedOut(why);
 }
 
 bool KVRBluetoothConnection::fillStagingBuffer(std::optional<Clock::time_point> fixedDeadline) {

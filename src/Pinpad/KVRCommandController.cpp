@@ -3,6 +3,7 @@
 #include <kovra/KVRException.h>
 #include <kovra/KVRLoggingUtil.h>
 
+#include "Pinpad/Commands/KVRAbecsStatus.h"
 #include "Pinpad/Commands/KVRCloCommandRequest.h"
 #include "Pinpad/Commands/KVRDspCommandRequest.h"
 #include "Pinpad/Commands/KVRDspCommandResponse.h"
@@ -18,10 +19,8 @@
 #include "Pinpad/Commands/KVRTlrCommandRequest.h"
 #include "Pinpad/KVRConnectionProtocol.h"
 #include "Pinpad/KVRDisplayText.h"
+#include "Pinpad/KVRLinkException.h"
 #include "Pinpad/KVRPinpadController.h"
-#include "Tms/KVRAidTableCommand.h"
-#include "Tms/KVRCapkTableCommand.h"
-#include "Tms/KVRTmsController.h"
 #include "Utils/KVRCardDataMasking.h"
 #include "Utils/KVRClock.h"
 #include "Utils/KVRDateUtil.h"
@@ -29,13 +28,9 @@
 
 namespace {
 
-constexpr int32_t kStatusApproved = 0;
-constexpr int32_t kStatusCancelled = 13;
-constexpr int32_t kStatusTablesOutOfDate = 20;
-
 // 0 ends the card read with a card; 13 ends it without trying another application type.
 bool isFinalCardRead(const KVRGcrCommandResponse& reply) {
-    return reply.status == kStatusApproved || reply.status == kStatusCancelled;
+    return reply.status == KVRAbecsStatusOk || reply.status == KVRAbecsStatusCancelled;
 }
 
 // A display line of exactly 16 characters: cut, or filled with spaces.
@@ -63,7 +58,7 @@ KVRCommandController::KVRCommandController() : pinpadController_(&KVRPinpadContr
 // connection check hears it at once instead of blocking for ever.
 std::shared_ptr<KVRConnectionProtocol> KVRCommandController::link() const {
     auto connection = pinpadController_ ? pinpadController_->connection() : nullptr;
-    if (!connection) throw KVRException("PinpadNotConnected", "There is no PIN pad link: connect to the PIN pad first.");
+    if (!connection) throw KVRLinkException::notConnected();
     return connection;
 }
 
@@ -156,9 +151,8 @@ std::shared_ptr<KVRGcrCommandResponse> KVRCommandController::readCardSweepingApp
 }
 
 bool KVRCommandController::checkTableError(const KVRBaseCommandResponse& response) {
-    if (response.status != kStatusTablesOutOfDate) return false;
-    KVRTmsController tms;
-    tms.loadTmsTablesToPinpadWithBlock([](bool, std::optional<KVRError>) {});
+    if (response.status != KVRAbecsStatusTablesOutOfDate) return false;
+    if (tableReload_) tableReload_();
     return true;
 }
 
@@ -277,14 +271,14 @@ std::shared_ptr<KVRTliCommandResponse> KVRCommandController::sendCommandTli() {
 }
 
 std::shared_ptr<KVRTlrCommandResponse> KVRCommandController::sendCommandTlrWithAid(
-    std::shared_ptr<const KVRAidTableCommand> aid) {
+    std::shared_ptr<const KVRTableRecordCommand> aid) {
     KVRTlrCommandRequest request;
     request.aidCommand = std::move(aid);
     return exchange<KVRTlrCommandResponse>(request);
 }
 
 std::shared_ptr<KVRTlrCommandResponse> KVRCommandController::sendCommandTlrWithCapk(
-    std::shared_ptr<const KVRCapkTableCommand> capk) {
+    std::shared_ptr<const KVRTableRecordCommand> capk) {
     KVRTlrCommandRequest request;
     request.capkCommand = std::move(capk);
     return exchange<KVRTlrCommandResponse>(request);

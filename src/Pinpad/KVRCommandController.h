@@ -11,20 +11,20 @@
 #include "Pinpad/Commands/KVRGpnCommandResponse.h"
 #include "Pinpad/Commands/KVROpnCommandResponse.h"
 #include "Pinpad/Commands/KVRPrtCommandResponse.h"
+#include "Pinpad/Commands/KVRTableRecordCommand.h"
 #include "Pinpad/Commands/KVRTleCommandResponse.h"
 #include "Pinpad/Commands/KVRTliCommandResponse.h"
 #include "Pinpad/Commands/KVRTlrCommandResponse.h"
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-class KVRAidTableCommand;
 class KVRBaseCommandRequest;
-class KVRCapkTableCommand;
 class KVRConnectionProtocol;
 class KVRPinpadController;
 
@@ -83,13 +83,18 @@ public:
     std::shared_ptr<KVRFncCommandResponse> sendCommandFncWithActionCode(const std::string& actionCode,
                                                                        const std::optional<std::string>& emv);
     std::shared_ptr<KVRTliCommandResponse> sendCommandTli();
-    std::shared_ptr<KVRTlrCommandResponse> sendCommandTlrWithAid(std::shared_ptr<const KVRAidTableCommand> aid);
-    std::shared_ptr<KVRTlrCommandResponse> sendCommandTlrWithCapk(std::shared_ptr<const KVRCapkTableCommand> capk);
+    std::shared_ptr<KVRTlrCommandResponse> sendCommandTlrWithAid(std::shared_ptr<const KVRTableRecordCommand> aid);
+    std::shared_ptr<KVRTlrCommandResponse> sendCommandTlrWithCapk(std::shared_ptr<const KVRTableRecordCommand> capk);
     std::shared_ptr<KVRTleCommandResponse> sendCommandTle();
 
+    /// Loads the stored tables into the PIN pad. The tables belong to the
+    /// terminal-management layer, which installs this (KVRTmsController::installTableReload).
+    using TableReload = std::function<void()>;
+    void setTableReload(TableReload reload) { tableReload_ = std::move(reload); }
+
     /// True for return code 20 (the PIN pad's tables are out of date), after
-    /// loading the stored tables into the PIN pad (without waiting for the
-    /// outcome to be reported anywhere).
+    /// running the table reload when one is installed (without waiting for
+    /// the outcome to be reported anywhere).
     bool checkTableError(const KVRBaseCommandResponse& response);
     /// The text right-aligned in 10 characters. Throws "String doesn't fit"
     /// when it is longer.
@@ -151,4 +156,5 @@ private:
     std::shared_ptr<KVRGinCommandResponse> ginResponse_;
     std::shared_ptr<KVRPrtCommandResponse> prtResponse_;
     KVRPinpadController* pinpadController_;
+    TableReload tableReload_;
 };

@@ -7,6 +7,7 @@
 #include <kovra/KVRValidationProvider.h>
 
 #include "Persistence/KVRJournal.h"
+#include "Persistence/KVRTransactionStatus.h"
 #include "Platform/KVRProcessInfo.h"
 #include "Transactions/KVRRecoveryScheduler.h"
 #include "Transactions/KVRReversalController.h"
@@ -14,16 +15,13 @@
 
 namespace {
 
-constexpr int kApprovedStatus = 2;
-constexpr int kCancelledStatus = 5;
-
 void complete(const KVRCompletion& block, bool success, std::optional<KVRError> error) {
     if (block) block(success, std::move(error));
 }
 
 // A record deleted from the store can no longer be cancelled either.
 bool isCancellable(const std::shared_ptr<KVRTransactionModel>& transaction) {
-    return transaction && !transaction->isDeleted() && transaction->status() == kApprovedStatus;
+    return transaction && !transaction->isDeleted() && transaction->status() == KVRTransactionStatusApproved;
 }
 
 KVRJournalEntry cancellationEntry(const KVRTransactionModel& transaction) {
@@ -45,7 +43,7 @@ KVRJournalEntry cancellationEntry(const KVRTransactionModel& transaction) {
 // is asked for again; the record becomes cancelled with the journal's entry.
 void cancel(const std::shared_ptr<KVRTransactionModel>& transaction, const KVRCompletion& block) {
     KVRRecoveryScheduler::runNow();
-    if (transaction->status() == kCancelledStatus) {  // finished by the recovery: an earlier answer was lost
+    if (transaction->status() == KVRTransactionStatusCancelled) {  // finished by the recovery: an earlier answer was lost
         complete(block, true, std::nullopt);
         return;
     }

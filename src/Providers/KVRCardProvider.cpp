@@ -4,13 +4,12 @@
 #include <kovra/KVRQueues.h>
 #include <kovra/KVRValidationProvider.h>
 
+#include "Pinpad/Commands/KVRAbecsStatus.h"
 #include "Pinpad/KVRCommandController.h"
 #include "Utils/KVRStringUtil.h"
 
 namespace {
 
-constexpr int32_t kStatusApproved = 0;
-constexpr int32_t kStatusTablesOutOfDate = 20;
 // Every application type, 0 to 4: any card will do.
 constexpr int32_t kAnyApplication = 7;
 
@@ -26,10 +25,10 @@ void readCard(const KVRCardProvider::Completion& block) {
     } catch (const std::exception& e) {
         KVRLoggingUtil::console(KVRStringUtil::format("Card read failed: %s", e.what()));
     }
-    if (reply && reply->status == kStatusApproved) {
+    if (reply && reply->status == KVRAbecsStatusOk) {
         std::string digits = lastFourDigits(reply->pan);
         KVRQueues::deliverOnMain([block, digits] { block(true, digits, std::nullopt); });
-    } else if (reply && reply->status == kStatusTablesOutOfDate) {
+    } else if (reply && reply->status == KVRAbecsStatusTablesOutOfDate) {
         KVRQueues::deliverOnMain([block] { block(false, std::nullopt, KVRErrors::tablesNotFound()); });
     } else {
         KVRQueues::deliverOnMain([block] { block(false, std::nullopt, KVRErrors::genericError()); });

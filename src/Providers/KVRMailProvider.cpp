@@ -7,7 +7,7 @@
 #include <kovra/KVRTransactionModel.h>
 #include <kovra/KVRValidationProvider.h>
 
-#include "Utils/KVRMailController.h"
+#include "Transactions/KVRMailController.h"
 #include "Transactions/KVRRecoveryScheduler.h"
 
 namespace {

@@ -1,4 +1,5 @@
 #include <kovra/KVRErrors.h>
+#include <kovra/KVRKovraCodeActivationProvider.h>
 #include <kovra/KVRPinPadConnectionProvider.h>
 
 #include "Persistence/KVRDataBaseController.h"
@@ -10,7 +11,7 @@
 // their own, so the caller only has to wait for the session to open.
 void KVRPinPadConnectionProvider::connectToPinpad(KVRCompletion block) {
     // Every connection first brings the legacy transaction file into the store.
-    KVRDataBaseController::getsharedInstance().migrateDatabase();
+    KVRDataBaseController::getsharedInstance().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);
     KVRRecoveryScheduler::libraryUsed();
 
     auto& controller = KVRPinpadController::sharedController();

@@ -8,6 +8,7 @@
 #include <kovra/KVRValidationProvider.h>
 
 #include "Persistence/KVRJournal.h"
+#include "Persistence/KVRTransactionStatus.h"
 #include "Pinpad/KVRDisplayText.h"
 #include "Transactions/KVRRecoveryScheduler.h"
 #include "Transactions/KVRReversalController.h"
@@ -20,10 +21,6 @@ namespace {
 constexpr long long kMinimumAmount = 10;
 constexpr long long kMaximumAmount = 999999999999;  // twelve digits: the widest amount the card and host take
 constexpr size_t kShortNameLimit = 16;
-constexpr int kLastResult = 9;
-constexpr int kFirstDeletedResult = 6;
-constexpr int kApproved = 2;
-constexpr int kFailure = 8;
 
 struct Instalments {
     int amount;
@@ -56,15 +53,15 @@ std::optional<KVRError> preconditionError(const KVRTransactionModel& transaction
 
 std::optional<KVRError> errorForResult(int result) {
     switch (result) {
-        case 0: return KVRErrors::genericError();
-        case 1:
-        case 3:  // a partial approval is reported as a rejection
-        case 4: return KVRErrors::transactionRejected();
-        case 5: return KVRErrors::transactionAutoCancel();
-        case 6: return KVRErrors::invalidTransaction();
-        case 7: return KVRErrors::transactionTimeout();
-        case 8: return KVRErrors::transactionFailed();
-        case 9: return KVRErrors::operationCancelledByUser();
+        case KVRTransactionStatusUnknown: return KVRErrors::genericError();
+        case KVRTransactionStatusDeclined:
+        case KVRTransactionStatusPartlyApproved:  // a partial approval is reported as a rejection
+        case KVRTransactionStatusTechnicalError: return KVRErrors::transactionRejected();
+        case KVRTransactionStatusCancelled: return KVRErrors::transactionAutoCancel();
+        case KVRTransactionStatusInvalid: return KVRErrors::invalidTransaction();
+        case KVRTransactionStatusTimeout: return KVRErrors::transactionTimeout();
+        case KVRTransactionStatusFailure: return KVRErrors::transactionFailed();
+        case KVRTransactionStatusAborted: return KVRErrors::operationCancelledByUser();
         default: return std::nullopt;
     }
 }
@@ -74,7 +71,7 @@ int runSale(KVRTransactionController& controller, const std::shared_ptr<KVRTrans
         return controller.sendTransaction(transaction);
     } catch (const std::exception& exception) {
         KVRLoggingUtil::printLog(std::string("The sale ended with an exception: ") + exception.what());
-        return 0;
+        return KVRTransactionStatusUnknown;
     }
 }
 
@@ -83,7 +80,7 @@ int runSale(KVRTransactionController& controller, const std::shared_ptr<KVRTrans
 // record made for them. The journal entry is settled in the same save.
 bool keepOrDelete(const std::shared_ptr<KVRTransactionModel>& transaction, int result, KVRJournalEntry* entry) {
     std::vector<std::shared_ptr<KVRManagedObject>> deletions;
-    if (result >= kFirstDeletedResult) {
+    if (result >= KVRTransactionStatusInvalid) {
         deletions.push_back(transaction);
         if (auto pinpad = transaction->pinpad()) deletions.push_back(pinpad);
     }
@@ -98,9 +95,9 @@ int finishSale(KVRTransactionController& controller, const std::shared_ptr<KVRTr
     KVRJournalEntry* settled = entry ? &*entry : nullptr;
     std::string answered = entry ? entry->state : std::string();
     transaction->setStatus(result);
-    if (!keepOrDelete(transaction, result, settled) && result == kApproved) {
+    if (!keepOrDelete(transaction, result, settled) && result == KVRTransactionStatusApproved) {
         KVRLoggingUtil::printLog("The approved sale could not be saved; it is undone and reported as failed");
-        result = kFailure;
+        result = KVRTransactionStatusFailure;
         transaction->setStatus(result);
         if (entry) entry->state = answered;  // settled again, now as a sale that failed
         keepOrDelete(transaction, result, settled);
@@ -120,10 +117,10 @@ int finishSale(KVRTransactionController& controller, const std::shared_ptr<KVRTr
 
 void report(const KVRTransactionProvider::SaleCompletion& block, int result,
             const std::shared_ptr<KVRTransactionModel>& transaction) {
-    if (result < 0 || result > kLastResult) return;  // no such outcome: nothing to say
-    auto record = result < kFirstDeletedResult ? transaction : nullptr;
+    if (result < 0 || result > KVRTransactionStatusAborted) return;  // no such outcome: nothing to say
+    auto record = result < KVRTransactionStatusInvalid ? transaction : nullptr;
     KVRQueues::deliverOnMain([block, result, record] {
-        if (result == kApproved) {
+        if (result == KVRTransactionStatusApproved) {
             block(true, std::nullopt, record);
         } else {
             block(false, errorForResult(result), record);

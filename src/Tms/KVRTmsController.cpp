@@ -138,6 +138,10 @@ void KVRTmsController::loadTmsTablesToPinpadWithBlock(KVRCompletion block) {
     block(true, std::nullopt);
 }
 
+void KVRTmsController::installTableReload(KVRCommandController& commands) {
+    commands.setTableReload([] { KVRTmsController().loadTmsTablesToPinpadWithBlock([](bool, std::optional<KVRError>) {}); });
+}
+
 bool KVRTmsController::recordsFit(const Records& records) {
     for (const auto& aid : records.aids)
         if (!aid || !recordFits(aid, &KVRTlrCommandRequest::aidCommand)) return false;

@@ -33,6 +33,10 @@ public:
     /// ATUALIZADA" on the display.
     void loadTmsTablesToPinpadWithBlock(KVRCompletion block);
 
+    /// Lets the card reads of `commands` load the stored tables into the PIN
+    /// pad when it reports them out of date (the outcome is not reported).
+    static void installTableReload(KVRCommandController& commands);
+
 private:
     struct Records {
         std::vector<std::shared_ptr<KVRAidTableCommand>> aids;

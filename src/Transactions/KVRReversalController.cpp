@@ -4,6 +4,7 @@
 #include <kovra/KVRTransactionModel.h>
 
 #include "Persistence/KVRJournal.h"
+#include "Persistence/KVRTransactionStatus.h"
 #include "Platform/KVRProcessInfo.h"
 
 #include <mutex>
@@ -11,8 +12,6 @@
 
 namespace {
 
-constexpr int kResultApproved = 2;
-constexpr int kStatusCancelled = 5;
 
 std::mutex& heldMutex() {
     static auto* mutex = new std::mutex();
@@ -47,7 +46,7 @@ KVRCancellationKeys keysOf(const KVRJournalEntry& entry) {
 // A record that says approved says cancelled once the acquirer undid it; any
 // other stays as the application heard it.
 bool marksRecord(const KVRTransactionModel& transaction) {
-    return !transaction.isDeleted() && transaction.status() == kResultApproved;
+    return !transaction.isDeleted() && transaction.status() == KVRTransactionStatusApproved;
 }
 
 // Entries of a process that still runs are its own business; so are those
@@ -85,7 +84,7 @@ KVRCancellationController::Verdict KVRReversalController::sendAdvice(KVRJournalE
             entry.state = reversal ? KVRJournalEntry::kReversed : KVRJournalEntry::kCancelled;
             entry.lastError.reset();
             if (!transaction) transaction = KVRJournal::transactionOf(entry);
-            if (transaction && marksRecord(*transaction)) transaction->setStatus(kStatusCancelled);
+            if (transaction && marksRecord(*transaction)) transaction->setStatus(KVRTransactionStatusCancelled);
             KVRJournal::commitWithRecord(entry, transaction);
             break;
         case KVRAdviceOutcome::Declined:
@@ -105,7 +104,7 @@ void KVRReversalController::settle(KVRJournalEntry& entry, int result, bool stor
     if (entry.state == KVRJournalEntry::kSent) {
         entry.state = KVRJournalEntry::kReversalPending;  // the host may have approved
     } else if (entry.state == KVRJournalEntry::kAnswered) {
-        bool kept = result == kResultApproved && stored;
+        bool kept = result == KVRTransactionStatusApproved && stored;
         entry.state = entry.hostApproved() && !kept ? KVRJournalEntry::kReversalPending : KVRJournalEntry::kSettled;
     }
 }

@@ -16,8 +16,11 @@
 #include "Host/Messages/KVRAuthorisationRequestFactory.h"
 #include "Host/TBXML.h"
 #include "Persistence/KVRJournal.h"
+#include "Persistence/KVRTransactionStatus.h"
+#include "Pinpad/Commands/KVRAbecsStatus.h"
 #include "Pinpad/Commands/KVRFncCommandRequest.h"
 #include "Pinpad/KVRCommandController.h"
+#include "Pinpad/KVRLinkException.h"
 #include "Platform/KVRProcessInfo.h"
 #include "Tms/KVRAid.h"
 #include "Tms/KVRTmsController.h"
@@ -34,25 +37,6 @@
 #include <map>
 
 namespace {
-
-// Result codes (the transaction status values).
-constexpr int kResultUnknown = 0;
-constexpr int kResultDeclined = 1;
-constexpr int kResultApproved = 2;
-constexpr int kResultPartlyApproved = 3;
-constexpr int kResultTechnicalError = 4;
-constexpr int kResultCancelled = 5;
-constexpr int kResultInvalid = 6;
-constexpr int kResultTimeout = 7;
-constexpr int kResultFailure = 8;
-constexpr int kResultAborted = 9;
-
-// PIN pad return codes the sale acts on.
-constexpr int32_t kPinpadOk = 0;
-constexpr int32_t kPinpadTimeout = 12;
-constexpr int32_t kPinpadCancelled = 13;
-constexpr int32_t kPinpadTablesMissing = 20;
-constexpr int32_t kPinpadCardInvalid = 70;
 
 // GCR card types.
 constexpr int32_t kCardStripe = 0;
@@ -84,18 +68,12 @@ struct HostDecision {
 
 std::optional<HostDecision> chipDecision(KVRResponseCode code) {
     switch (code) {
-        case KVRResponseCodeDECL: return HostDecision{"10", kResultDeclined};
-        case KVRResponseCodeAPPR: return HostDecision{"00", kResultApproved};
-        case KVRResponseCodePART: return HostDecision{"10", kResultPartlyApproved};
-        case KVRResponseCodeTECH: return HostDecision{"05", kResultTechnicalError};
+        case KVRResponseCodeDECL: return HostDecision{"10", KVRTransactionStatusDeclined};
+        case KVRResponseCodeAPPR: return HostDecision{"00", KVRTransactionStatusApproved};
+        case KVRResponseCodePART: return HostDecision{"10", KVRTransactionStatusPartlyApproved};
+        case KVRResponseCodeTECH: return HostDecision{"05", KVRTransactionStatusTechnicalError};
     }
     return std::nullopt;
-}
-
-// The PIN pad stopped answering (the link's read time-out) or is gone.
-bool isPinpadLost(const std::exception& exception) {
-    const auto* kvr = dynamic_cast<const KVRException*>(&exception);
-    return kvr && (kvr->name() == "PinpadTimeout" || kvr->name() == "PinpadNotConnected");
 }
 
 std::string callStack() {
@@ -264,20 +242,20 @@ std::optional<int> KVRTransactionController::runOnce(const std::shared_ptr<KVRTr
     try {
         if (!transaction->merchant()) transaction->setMerchant(KVRMerchantModel::findFirst());
         commands_ = std::make_unique<KVRCommandController>();
+        KVRTmsController::installTableReload(*commands_);
         identifyPinpad(*transaction);
         auto gcr = commands_->sendCommandGcrWithTransactionType(transaction->getAccountType());
         return dispatchCardRead(transaction, gcr);
-    } catch (const std::exception& exception) {
+    } catch (const KVRLinkException& exception) {
         // The on-line part handles its own failures; what reaches here happened
         // before anything went to the acquirer, so there is nothing to undo.
-        if (isPinpadLost(exception)) {
-            KVRLoggingUtil::printLog(std::string("The PIN pad stopped answering: ") + exception.what());
-            return kResultTimeout;
-        }
+        KVRLoggingUtil::printLog(std::string("The PIN pad stopped answering: ") + exception.what());
+        return KVRTransactionStatusTimeout;
+    } catch (const std::exception& exception) {
         KVRLoggingUtil::printLog(KVRStringUtil::format("%s", exception.what()));
         KVRLoggingUtil::printLog(callStack());
         showChipMessage(kTransaction, "FALHOU");
-        return kResultFailure;
+        return KVRTransactionStatusFailure;
     }
 }
 
@@ -302,24 +280,24 @@ std::optional<int> KVRTransactionController::dispatchCardRead(const std::shared_
                                                               const std::shared_ptr<KVRGcrCommandResponse>& gcr) {
     if (!gcr) {
         showChipMessage(kTransaction, "INVALIDA");
-        return kResultInvalid;
+        return KVRTransactionStatusInvalid;
     }
-    if (gcr->status == kPinpadTablesMissing) {
+    if (gcr->status == KVRAbecsStatusTablesOutOfDate) {
         KVRTmsController().loadTmsTablesToPinpadWithBlock([](bool, std::optional<KVRError>) {});
         return std::nullopt;
     }
-    if (gcr->status == kPinpadCardInvalid) {
+    if (gcr->status == KVRAbecsStatusNoApplication) {
         showChipMessage(kTransaction, "INVALIDA");
-        return kResultInvalid;
+        return KVRTransactionStatusInvalid;
     }
-    if (gcr->status != kPinpadOk || gcr->responseId != "GCR") {
-        if (gcr->status == kPinpadCancelled) return kResultAborted;
+    if (gcr->status != KVRAbecsStatusOk || gcr->responseId != "GCR") {
+        if (gcr->status == KVRAbecsStatusCancelled) return KVRTransactionStatusAborted;
         showChipMessage(kTransaction, "FALHOU");
-        return kResultFailure;
+        return KVRTransactionStatusFailure;
     }
     if (gcr->cardType == kCardChip || gcr->cardType == kCardContactlessChip) return runChip(transaction, gcr);
     if (gcr->cardType == kCardStripe) return dispatchMagneticStripe(transaction, gcr);
-    return kResultUnknown;  // a kind of card read this sale does not handle
+    return KVRTransactionStatusUnknown;  // a kind of card read this sale does not handle
 }
 
 // ---- Chip ----
@@ -327,19 +305,19 @@ std::optional<int> KVRTransactionController::dispatchCardRead(const std::shared_
 int KVRTransactionController::runChip(const std::shared_ptr<KVRTransactionModel>& transaction,
                                       const std::shared_ptr<KVRGcrCommandResponse>& gcr) {
     auto goc = commands_->sendCommandGocWithAmount(amountOf(*transaction));
-    if (goc->status == kPinpadCancelled) {
+    if (goc->status == KVRAbecsStatusCancelled) {
         showChipMessage(kTransaction, "CANCELADA");
-        return kResultAborted;
+        return KVRTransactionStatusAborted;
     }
-    if (goc->status == kPinpadTimeout) {
+    if (goc->status == KVRAbecsStatusTimeout) {
         showChipMessage("TEMPO", "EXPIROU");
-        return kResultTimeout;
+        return KVRTransactionStatusTimeout;
     }
     if (goc->decision == kGocDeclinedOffline) {
         showChipMessage(kTransaction, "NEGADA");
-        return kResultDeclined;
+        return KVRTransactionStatusDeclined;
     }
-    if (goc->decision != kGocGoOnline) return kResultUnknown;  // decided by the card alone; the host never saw it
+    if (goc->decision != kGocGoOnline) return KVRTransactionStatusUnknown;  // decided by the card alone; the host never saw it
     try {
         return runChipOnline(transaction, *gcr, *goc);
     } catch (const std::exception& exception) {
@@ -357,7 +335,7 @@ int KVRTransactionController::runChipOnline(const std::shared_ptr<KVRTransaction
     if (!exchange.journalled || exchange.error || !mapped ||
         !acceptAnswer(*transaction, exchange, gcr, mapped->result, iccData)) {
         showChipMessage(kTransaction, "FALHOU");
-        return kResultFailure;
+        return KVRTransactionStatusFailure;
     }
     return finishChip(mapped->actionCode, mapped->result, iccData);
 }
@@ -365,14 +343,14 @@ int KVRTransactionController::runChipOnline(const std::shared_ptr<KVRTransaction
 int KVRTransactionController::finishChip(const std::string& actionCode, int result,
                                          const std::optional<std::string>& iccData) {
     auto fnc = commands_->sendCommandFncWithActionCode(actionCode, iccData);
-    if (fnc->status != kPinpadOk) return kResultDeclined;
+    if (fnc->status != KVRAbecsStatusOk) return KVRTransactionStatusDeclined;
     // The card's own verdict only changes the message: a card that refuses the
     // host's approval still ends as the host decided.
     switch (fnc->decision) {
         case kFncApproved: showChipMessage(kTransaction, "APROVADA"); break;
         case kFncDeclinedByCard: showChipMessage("TRANSACAO NEGADA", "PELO CARTAO"); break;
         case kFncDeclinedByNetwork: showChipMessage("TRANSACAO NEGADA", "PELA REDE"); break;
-        default: return kResultUnknown;
+        default: return KVRTransactionStatusUnknown;
     }
     return result;
 }
@@ -383,7 +361,7 @@ int KVRTransactionController::dispatchMagneticStripe(const std::shared_ptr<KVRTr
                                                      const std::shared_ptr<KVRGcrCommandResponse>& gcr) {
     if (ServiceCode(*gcr).isChipCard()) {
         commands_->sendCommandDspWithMessage("Cartao de Chip");
-        return kResultInvalid;
+        return KVRTransactionStatusInvalid;
     }
     return sendTransactionWithMagnectStripe(transaction, gcr);
 }
@@ -392,6 +370,7 @@ int KVRTransactionController::sendTransactionWithMagnectStripe(const std::shared
                                                                const std::shared_ptr<KVRGcrCommandResponse>& gcr) {
     if (!commands_) {
         commands_ = std::make_unique<KVRCommandController>();
+        KVRTmsController::installTableReload(*commands_);
         commands_->setGcrResponse(gcr);
     }
     authorisationSent_ = false;
@@ -411,40 +390,40 @@ int KVRTransactionController::runStripeOnline(const std::shared_ptr<KVRTransacti
         gpn = commands_->sendCommandGpnWithAmount(amountOf(*transaction));
         // A cardholder who cancels the PIN entry, or lets it time out, has not
         // agreed to the payment: nothing goes to the acquirer.
-        if (gpn->status == kPinpadCancelled) {
+        if (gpn->status == KVRAbecsStatusCancelled) {
             showStripeMessage(kStripeCancelled);
-            return kResultAborted;
+            return KVRTransactionStatusAborted;
         }
-        if (gpn->status == kPinpadTimeout) {
+        if (gpn->status == KVRAbecsStatusTimeout) {
             showStripeMessage(kStripeTimeout);
-            return kResultTimeout;
+            return KVRTransactionStatusTimeout;
         }
     }
     HostExchange exchange = authorise(*transaction, gcr, nullptr, gpn.get());
     if (!exchange.journalled) {
         showStripeMessage(kStripeFailed);
-        return kResultFailure;
+        return KVRTransactionStatusFailure;
     }
     if (exchange.error && exchange.error->domain() == NSURLErrorDomain &&
         exchange.error->code() == NSURLErrorTimedOut) {
         showStripeMessage(kStripeTimeout);
-        return kResultTimeout;
+        return KVRTransactionStatusTimeout;
     }
     if (exchange.error) {
         KVRLoggingUtil::printLog("Error at sendTransaction: defaul case - " + exchange.error->description());
         showStripeMessage(kStripeFailed);
-        return kResultFailure;
+        return KVRTransactionStatusFailure;
     }
     const KVRResponseToAuthorisationData* decision = exchange.decision();
     bool approved = decision && (decision->responseCode == KVRResponseCodeAPPR || decision->responseCode == KVRResponseCodePART);
     std::optional<std::string> noIssuerData;  // a stripe sale tells the card nothing
     if (!decision ||
-        !acceptAnswer(*transaction, exchange, gcr, approved ? kResultApproved : kResultDeclined, noIssuerData)) {
+        !acceptAnswer(*transaction, exchange, gcr, approved ? KVRTransactionStatusApproved : KVRTransactionStatusDeclined, noIssuerData)) {
         showStripeMessage(kStripeFailed);
-        return kResultFailure;
+        return KVRTransactionStatusFailure;
     }
     showStripeMessage(approved ? kStripeApproved : kStripeDeclined);
-    return approved ? kResultApproved : kResultDeclined;
+    return approved ? KVRTransactionStatusApproved : KVRTransactionStatusDeclined;
 }
 
 // ---- Host ----
@@ -577,17 +556,17 @@ int KVRTransactionController::recoverFromException(const std::shared_ptr<KVRTran
                                                    const std::exception& exception, bool chipFlow) {
     KVRLoggingUtil::printLog(KVRStringUtil::format("%s", exception.what()));
     KVRLoggingUtil::printLog(callStack());
-    if (isPinpadLost(exception)) {
+    if (dynamic_cast<const KVRLinkException*>(&exception)) {
         // A PIN pad that fell silent cannot show anything. Before the request
         // went out there is nothing to undo; after it, the acquirer may hold
         // an authorisation the card never confirmed, so it is cancelled.
-        return authorisationSent_ ? cancelAtHost(transaction) : kResultTimeout;
+        return authorisationSent_ ? cancelAtHost(transaction) : KVRTransactionStatusTimeout;
     }
     int outcome = cancelAtHost(transaction);
     if (chipFlow) {
-        showChipMessage(kTransaction, outcome == kResultCancelled ? "CANCELADA" : "FALHOU");
+        showChipMessage(kTransaction, outcome == KVRTransactionStatusCancelled ? "CANCELADA" : "FALHOU");
     } else {
-        showStripeMessage(outcome == kResultCancelled ? kStripeCancelled : kStripeFailed);
+        showStripeMessage(outcome == KVRTransactionStatusCancelled ? kStripeCancelled : kStripeFailed);
     }
     return outcome;
 }
@@ -595,13 +574,13 @@ int KVRTransactionController::recoverFromException(const std::shared_ptr<KVRTran
 int KVRTransactionController::cancelAtHost(const std::shared_ptr<KVRTransactionModel>& transaction) {
     if (journal_) {
         auto verdict = KVRReversalController::sendAdvice(*journal_, transaction);
-        return verdict.outcome == KVRAdviceOutcome::Approved ? kResultCancelled : kResultUnknown;
+        return verdict.outcome == KVRAdviceOutcome::Approved ? KVRTransactionStatusCancelled : KVRTransactionStatusUnknown;
     }
-    int outcome = kResultUnknown;
+    int outcome = KVRTransactionStatusUnknown;
     try {
         KVRCancellationController().sendCancellationWithTransaction(
             transaction, [&outcome](bool success, const std::optional<KVRError>&) {
-                outcome = success ? kResultCancelled : kResultUnknown;
+                outcome = success ? KVRTransactionStatusCancelled : KVRTransactionStatusUnknown;
             });
     } catch (const std::exception& exception) {
         KVRLoggingUtil::printLog(std::string("The cancellation advice could not be sent: ") + exception.what());

@@ -2,6 +2,7 @@
 
 #include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRDirectories.h>
+#include <kovra/KVRKovraCodeActivationProvider.h>
 #include <kovra/KVRMerchantModel.h>
 #include <kovra/KVRTransactionModel.h>
 
@@ -240,11 +241,11 @@ TEST_F(DataBaseControllerTest, MigrationRunsOnlyWhileTheStoreHasNoTransactions) 
     auto earlier = KVRTransactionModel::create();
     earlier->setReference(std::string("REF-0"));
     earlier->save();
-    controller().migrateDatabase();
+    controller().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);
     EXPECT_EQ(KVRTransactionModel::findAll().size(), 1u);
 
     earlier->deleteRecord();
-    controller().migrateDatabase();
+    controller().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);
     ASSERT_EQ(KVRTransactionModel::findAll().size(), 1u);
     EXPECT_EQ(KVRTransactionModel::findAll().front()->reference(), "REF-1");
 }
@@ -255,17 +256,17 @@ TEST_F(DataBaseControllerTest, WithoutAMerchantNothingIsMigratedUnlessOneCanBeEn
         legacy.insert(approvedCredit());
     }
     countExchanges();
-    controller().migrateDatabase();  // no merchant, no register.plist
+    controller().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);  // no merchant, no register.plist
     EXPECT_EQ(exchanges_, 0);
 
     const std::string registerPlist = KVRDirectories::documentsDirectory() + "/register.plist";
     KVRPropertyList::writeDictionary(registerPlist, {{"kovracode", std::string("")}});
-    controller().migrateDatabase();
+    controller().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);
     EXPECT_EQ(exchanges_, 0) << "an empty code is not enrolled";
 
     KVRPropertyList::writeDictionary(registerPlist, {{"kovracode", std::string("KOVRA-7")}});
     KVRReachability::setFlagsOverride(0);
-    controller().migrateDatabase();
+    controller().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);
     EXPECT_EQ(exchanges_, 0) << "no network: enrolment fails before any exchange";
     EXPECT_TRUE(KVRTransactionModel::findAll().empty());
     EXPECT_TRUE(KVRMerchantModel::findAll().empty());
@@ -285,7 +286,7 @@ TEST_F(DataBaseControllerTest, TheMerchantOfRegisterPlistIsEnrolledAndThenGetsTh
         "<Document><AccptrCfgtnUpd><AccptrCfgtn><DataSet><Cntt><MrchntParams><Sak>SAK-7</Sak></MrchntParams>"
         "</Cntt></DataSet></AccptrCfgtn></AccptrCfgtnUpd></Document>");
 
-    controller().migrateDatabase();
+    controller().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);
 
     // The rows are copied on the pool once enrolment has finished.
     ASSERT_TRUE(kvrWaitUntil(twoSavedTransactions));

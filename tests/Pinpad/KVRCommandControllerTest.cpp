@@ -6,6 +6,7 @@
 #include "Pinpad/KVRBluetoothConnection.h"
 #include "Pinpad/KVRCommandController.h"
 #include "Pinpad/KVRPinpadController.h"
+#include "Tms/KVRTmsController.h"
 #include "Utils/KVRClock.h"
 #include "testing/KVREmvTableSamples.h"
 #include "testing/KVRLocalTime.h"
@@ -172,6 +173,7 @@ TEST_F(CommandControllerTest, TablesOutOfDateAreReloadedBeforeEveryNewRead) {
     });
 
     KVRCommandController commands;
+    KVRTmsController::installTableReload(commands);
     auto reply = commands.sendCommandGcrWithTransactionType(2);
     ASSERT_TRUE(reply);
     EXPECT_EQ(reply->status, 0);
@@ -192,6 +194,7 @@ TEST_F(CommandControllerTest, TableErrorWithoutStoredTablesReadsAgainWithoutLoad
         return {statusReply(request, ++cardReads <= 2 ? 20 : 5)};
     });
     KVRCommandController commands;
+    KVRTmsController::installTableReload(commands);
     auto reply = commands.sendCommandGcrWithTransactionType(3);
     ASSERT_TRUE(reply);
     EXPECT_EQ(reply->status, 5);

@@ -6,7 +6,7 @@
 #include <kovra/KVRMerchantModel.h>
 #include <kovra/KVRTransactionModel.h>
 
-#include "Utils/KVRMailController.h"
+#include "Transactions/KVRMailController.h"
 #include "testing/KVRFakeExchange.h"
 #include "testing/KVRLocalTime.h"
 #include "testing/KVRTemporaryStore.h"

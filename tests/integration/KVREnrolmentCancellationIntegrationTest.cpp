@@ -221,7 +221,7 @@ TEST_F(EnrolmentCancellationIntegrationTest, LegacyHistoryArrivesUnderTheMerchan
     ASSERT_EQ(sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
     sqlite3_close(db);
 
-    KVRDataBaseController::getsharedInstance().migrateDatabase();
+    KVRDataBaseController::getsharedInstance().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);
 
     // Enrolment and the copy run on the pool; they are done when both rows are saved.
     ASSERT_TRUE(kvrWaitUntil(
@@ -242,7 +242,7 @@ TEST_F(EnrolmentCancellationIntegrationTest, LegacyHistoryArrivesUnderTheMerchan
     EXPECT_EQ(KVRTransactionModel::findFirstByAttribute("reference", "REF-B")->status(), 5);
     EXPECT_EQ(merchant->transactions().size(), 2u);
 
-    KVRDataBaseController::getsharedInstance().migrateDatabase();  // a merchant and transactions: nothing to do
+    KVRDataBaseController::getsharedInstance().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);  // a merchant and transactions: nothing to do
     EXPECT_EQ(KVRTransactionModel::findAll().size(), 2u);
     EXPECT_EQ(requestLog().size(), 1u);
 }

@@ -1,4 +1,4 @@
-#include "Utils/KVRMailController.h"
+#include "Transactions/KVRMailController.h"
 
 #include <kovra/KVRAddressModel.h>
 #include <kovra/KVRErrors.h>
