@@ -2,6 +2,8 @@
 
 #include <kovra/KVRApplicationInfo.h>
 
+#include "Platform/KVRSettingsKeys.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -18,8 +20,8 @@ const std::string kAcquirerReady = "kovra-acquirer-sim ready at https://";
 KVREmulators::KVREmulators(Options options) : options_(std::move(options)) {
     savedInfo_ = KVRApplicationInfo::dictionary();
     ready_ = startPinpad() && startAcquirer();
-    KVRApplicationInfo::setValue("Kovra Reachability Host", std::string("127.0.0.1"));
-    KVRApplicationInfo::setValue("Kovra Pinpad Write Pause", 0.0);
+    KVRApplicationInfo::setValue(KVRSettingsKeys::kReachabilityHost, std::string("127.0.0.1"));
+    KVRApplicationInfo::setValue(KVRSettingsKeys::kPinpadWritePause, 0.0);
 }
 
 KVREmulators::~KVREmulators() {
@@ -51,7 +53,7 @@ bool KVREmulators::startPinpad() {
         return false;
     }
     pinpadDevice_ = line->substr(kPinpadReady.size());
-    KVRApplicationInfo::setValue("Kovra Pinpad", pinpadDevice_);
+    KVRApplicationInfo::setValue(KVRSettingsKeys::kPinpad, pinpadDevice_);
     return true;
 }
 
@@ -67,10 +69,10 @@ bool KVREmulators::startAcquirer() {
         return false;
     }
     acquirerHost_ = line->substr(kAcquirerReady.size());
-    for (const char* key : {"Kovra TMS Host", "Kovra Authorizer Host", "Kovra Mail Host"}) {
+    for (const char* key : {KVRSettingsKeys::kTmsHost, KVRSettingsKeys::kAuthorizerHost, KVRSettingsKeys::kMailHost}) {
         KVRApplicationInfo::setValue(key, acquirerHost_);
     }
-    KVRApplicationInfo::setValue("Kovra CA File", ca->substr(4));
+    KVRApplicationInfo::setValue(KVRSettingsKeys::kCaFile, ca->substr(4));
     return true;
 }
 

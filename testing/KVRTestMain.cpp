@@ -8,6 +8,7 @@
 #include <string>
 #include <unistd.h>
 
+#include "Platform/KVRSettingsKeys.h"
 #include "testing/KVRTestEnvironment.h"
 
 namespace {
@@ -24,7 +25,7 @@ int main(int argc, char** argv) {
     std::string base = std::filesystem::temp_directory_path().string() + "/kovra-tests-" + std::to_string(getpid());
     testDataDirectory = base;
     KVRDirectories::setDataDirectory(base);
-    KVRApplicationInfo::setValue("Kovra Pinpad Write Pause", 0.0);
+    KVRApplicationInfo::setValue(KVRSettingsKeys::kPinpadWritePause, 0.0);
     int result = RUN_ALL_TESTS();
     std::error_code ec;
     std::filesystem::remove_all(base, ec);

@@ -1,6 +1,7 @@
 #include "Host/KVRHttpsTransport.h"
 
 #include "Host/KVRCommunicationController.h"
+#include "Platform/KVRSettingsKeys.h"
 #include "Utils/KVRStringUtil.h"
 
 #include <kovra/KVRApplicationInfo.h>
@@ -75,10 +76,10 @@ void applySecurity(CURL* curl) {
     curl_easy_setopt(curl, CURLOPT_SSL_VERIFYHOST, 2L);
     curl_easy_setopt(curl, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
     // curl copies string options, so the temporaries may go.
-    if (auto ca = KVRApplicationInfo::stringForKey("Kovra CA File"); ca && !ca->empty()) {
+    if (auto ca = KVRApplicationInfo::stringForKey(KVRSettingsKeys::kCaFile); ca && !ca->empty()) {
         curl_easy_setopt(curl, CURLOPT_CAINFO, ca->c_str());
     }
-    if (auto pins = KVRApplicationInfo::stringForKey("Kovra Pinned Public Keys"); pins && !pins->empty()) {
+    if (auto pins = KVRApplicationInfo::stringForKey(KVRSettingsKeys::kPinnedPublicKeys); pins && !pins->empty()) {
         curl_easy_setopt(curl, CURLOPT_PINNEDPUBLICKEY, pins->c_str());
     }
 }

@@ -2,6 +2,8 @@
 
 #include <kovra/KVRApplicationInfo.h>
 
+#include "Platform/KVRSettingsKeys.h"
+
 namespace {
 
 std::string hostFor(const char* key, const char* fallback) {
@@ -12,19 +14,19 @@ std::string hostFor(const char* key, const char* fallback) {
 std::string url(const std::string& host, const char* path) { return "https://" + host + path; }
 
 std::string tmsHost() {
-    return KVRServiceEndpoint::isHolomogation() ? hostFor("Kovra TMS Staging Host", "tms.staging.kovra.com.br")
-                                                : hostFor("Kovra TMS Host", "tms.kovra.com.br");
+    return KVRServiceEndpoint::isHolomogation() ? hostFor(KVRSettingsKeys::kTmsStagingHost, "tms.staging.kovra.com.br")
+                                                : hostFor(KVRSettingsKeys::kTmsHost, "tms.kovra.com.br");
 }
 
 std::string authorizerHost() {
     return KVRServiceEndpoint::isHolomogation()
-               ? hostFor("Kovra Authorizer Staging Host", "authorizer.staging.kovra.com.br")
-               : hostFor("Kovra Authorizer Host", "authorizer.kovra.com.br");
+               ? hostFor(KVRSettingsKeys::kAuthorizerStagingHost, "authorizer.staging.kovra.com.br")
+               : hostFor(KVRSettingsKeys::kAuthorizerHost, "authorizer.kovra.com.br");
 }
 
 }  // namespace
 
-bool KVRServiceEndpoint::isHolomogation() { return KVRApplicationInfo::boolForKey("Kovra Homologation"); }
+bool KVRServiceEndpoint::isHolomogation() { return KVRApplicationInfo::boolForKey(KVRSettingsKeys::kHomologation); }
 
 std::string KVRServiceEndpoint::tmsUrl() { return url(tmsHost(), "/Report"); }
 
@@ -32,4 +34,6 @@ std::string KVRServiceEndpoint::authorizerUrl() { return url(authorizerHost(), "
 
 std::string KVRServiceEndpoint::cancellationUrl() { return url(authorizerHost(), "/CancellationAdvice"); }
 
-std::string KVRServiceEndpoint::mailUrl() { return url(hostFor("Kovra Mail Host", "mail.kovra.com.br"), "/send"); }
+std::string KVRServiceEndpoint::mailUrl() {
+    return url(hostFor(KVRSettingsKeys::kMailHost, "mail.kovra.com.br"), "/send");
+}

@@ -82,7 +82,8 @@ void fillTransaction(KVRTransactionModel& transaction, const KVRSQLiteStatement&
     transaction.setArqc(textAt(row, Arqc));
     transaction.setType(plainTextAt(row, Type) == kDebitText ? kDebitType : kCreditType);
     // Only approvals stay live; anything else can no longer be cancelled.
-    transaction.setStatus(plainTextAt(row, Status) == kApprovedText ? KVRTransactionStatusApproved : KVRTransactionStatusCancelled);
+    transaction.setStatus(plainTextAt(row, Status) == kApprovedText ? KVRTransactionStatusApproved
+                                                                    : KVRTransactionStatusCancelled);
     transaction.setDate(KVRDateUtil::buildDateWithString(plainTextAt(row, Date), kDateFormat));
     transaction.setReceiptTransactionKey(textAt(row, Recipient));
     transaction.setPan(textAt(row, Pan));

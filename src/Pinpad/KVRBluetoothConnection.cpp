@@ -8,6 +8,7 @@
 #include "Pinpad/Commands/KVRBaseCommandRequest.h"
 #include "Pinpad/KVRDisplayText.h"
 #include "Pinpad/KVRLinkException.h"
+#include "Platform/KVRSettingsKeys.h"
 #include "Utils/KVRCardDataMasking.h"
 #include "Utils/KVRStringUtil.h"
 
@@ -128,7 +129,7 @@ KVROutputStream* KVRBluetoothConnection::output() const { return session_ ? sess
 // ---- Sending ----
 
 bool KVRBluetoothConnection::abecsLinkSelected() {
-    return KVRApplicationInfo::stringForKey("Kovra Pinpad Link").value_or("spec") == "abecs";
+    return KVRApplicationInfo::stringForKey(KVRSettingsKeys::kPinpadLink).value_or("spec") == "abecs";
 }
 
 void KVRBluetoothConnection::sendRequest(KVRBaseCommandRequest& request) {
@@ -224,7 +225,7 @@ void KVRBluetoothConnection::writeData() {
 // is read on every write so that an application (or a test) can change it at
 // any moment.
 void KVRBluetoothConnection::pauseAfterWrite() const {
-    double seconds = KVRApplicationInfo::numberForKey("Kovra Pinpad Write Pause")
+    double seconds = KVRApplicationInfo::numberForKey(KVRSettingsKeys::kPinpadWritePause)
                          .value_or(abecs_ ? 0.0 : kDefaultWritePauseSeconds);
     if (seconds > 0) std::this_thread::sleep_for(std::chrono::duration<double>(std::min(seconds, kLongestWritePauseSeconds)));
 }
@@ -430,7 +431,7 @@ bool KVRBluetoothConnection::waitForInput(std::chrono::milliseconds slice, WaitR
 }
 
 std::optional<KVRBluetoothConnection::Clock::duration> KVRBluetoothConnection::readTimeout() {
-    double seconds = KVRApplicationInfo::numberForKey("Kovra Pinpad Read Timeout").value_or(0);
+    double seconds = KVRApplicationInfo::numberForKey(KVRSettingsKeys::kPinpadReadTimeout).value_or(0);
     if (!(seconds > 0)) return std::nullopt;
     seconds = std::min(seconds, kLongestReadTimeoutSeconds);
     return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(seconds));

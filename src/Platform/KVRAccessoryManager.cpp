@@ -3,6 +3,7 @@
 #include <kovra/KVRApplicationInfo.h>
 
 #include "Platform/KVRSerialAccessory.h"
+#include "Platform/KVRSettingsKeys.h"
 #include "Platform/KVRTcpAccessory.h"
 #include "Utils/KVRStringUtil.h"
 
@@ -35,7 +36,7 @@ std::vector<std::shared_ptr<KVRAccessory>> KVRAccessoryManager::connectedAccesso
         std::lock_guard lock(mutex_);
         list = registered_;
     }
-    auto setting = KVRApplicationInfo::stringForKey("Kovra Pinpad");
+    auto setting = KVRApplicationInfo::stringForKey(KVRSettingsKeys::kPinpad);
     auto found = setting ? configuredAccessories(*setting) : enumeratedAccessories();
     list.insert(list.end(), found.begin(), found.end());
     return list;

@@ -2,6 +2,7 @@
 #include <kovra/KVRDirectories.h>
 #include <kovra/KVRLoggingUtil.h>
 
+#include "Platform/KVRSettingsKeys.h"
 #include "Utils/KVRUUID.h"
 
 #include <cctype>
@@ -104,7 +105,7 @@ std::string KVRDirectories::libraryDirectory() {
 }
 
 std::string KVRDirectories::bundleIdentifier() {
-    if (auto id = KVRApplicationInfo::stringForKey("Kovra Bundle Identifier"); id && !id->empty()) return *id;
+    if (auto id = KVRApplicationInfo::stringForKey(KVRSettingsKeys::kBundleIdentifier); id && !id->empty()) return *id;
     if (auto id = KVRApplicationInfo::stringForKey("CFBundleIdentifier"); id && !id->empty()) return *id;
     return "br.com.kovra.app";
 }

@@ -43,7 +43,8 @@ KVRJournalEntry cancellationEntry(const KVRTransactionModel& transaction) {
 // is asked for again; the record becomes cancelled with the journal's entry.
 void cancel(const std::shared_ptr<KVRTransactionModel>& transaction, const KVRCompletion& block) {
     KVRRecoveryScheduler::runNow();
-    if (transaction->status() == KVRTransactionStatusCancelled) {  // finished by the recovery: an earlier answer was lost
+    // Finished by the recovery: an earlier answer was lost.
+    if (transaction->status() == KVRTransactionStatusCancelled) {
         complete(block, true, std::nullopt);
         return;
     }

@@ -7,6 +7,7 @@
 #include <kovra/KVRTransactionModel.h>
 #include <kovra/KVRValidationProvider.h>
 
+#include "Platform/KVRSettingsKeys.h"
 #include "Transactions/KVRMailController.h"
 #include "Transactions/KVRRecoveryScheduler.h"
 
@@ -15,7 +16,7 @@ namespace {
 constexpr const char* kDefaultSupportMailbox = "suporte@kovra.com.br";
 
 std::string supportMailbox() {
-    auto mailbox = KVRApplicationInfo::stringForKey("Kovra Support Mailbox");
+    auto mailbox = KVRApplicationInfo::stringForKey(KVRSettingsKeys::kSupportMailbox);
     return mailbox && !mailbox->empty() ? *mailbox : kDefaultSupportMailbox;
 }
 

@@ -5,6 +5,7 @@
 #include "Host/KVRServiceEndpoint.h"
 #include "Pinpad/KVRPinpadController.h"
 #include "Persistence/KVRRegisterFile.h"
+#include "Platform/KVRSettingsKeys.h"
 #include "Utils/KVRReachability.h"
 
 #include <kovra/KVRApplicationInfo.h>
@@ -20,7 +21,8 @@ std::string hostOfUrl(const std::string& url) {
 }
 
 std::string probeHost() {
-    if (auto host = KVRApplicationInfo::stringForKey("Kovra Reachability Host"); host && !host->empty()) return *host;
+    auto host = KVRApplicationInfo::stringForKey(KVRSettingsKeys::kReachabilityHost);
+    if (host && !host->empty()) return *host;
     return hostOfUrl(KVRServiceEndpoint::authorizerUrl());
 }
 

@@ -139,7 +139,8 @@ void KVRTmsController::loadTmsTablesToPinpadWithBlock(KVRCompletion block) {
 }
 
 void KVRTmsController::installTableReload(KVRCommandController& commands) {
-    commands.setTableReload([] { KVRTmsController().loadTmsTablesToPinpadWithBlock([](bool, std::optional<KVRError>) {}); });
+    commands.setTableReload(
+        [] { KVRTmsController().loadTmsTablesToPinpadWithBlock([](bool, std::optional<KVRError>) {}); });
 }
 
 bool KVRTmsController::recordsFit(const Records& records) {

@@ -5,6 +5,7 @@
 #include <kovra/KVRQueues.h>
 
 #include "Persistence/KVRJournal.h"
+#include "Platform/KVRSettingsKeys.h"
 #include "Transactions/KVRReversalController.h"
 
 #include <algorithm>
@@ -37,7 +38,8 @@ Timer& timer() {
 }
 
 double firstInterval() {
-    double seconds = KVRApplicationInfo::numberForKey("Kovra Recovery Interval").value_or(kDefaultIntervalSeconds);
+    double seconds =
+        KVRApplicationInfo::numberForKey(KVRSettingsKeys::kRecoveryInterval).value_or(kDefaultIntervalSeconds);
     return std::clamp(seconds, 0.01, kLongestIntervalSeconds);
 }
 

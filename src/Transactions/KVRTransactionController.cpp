@@ -1,8 +1,5 @@
 #include "Transactions/KVRTransactionController.h"
 
-#include <kovra/KVRApplicationInfo.h>
-#include <kovra/KVRDirectories.h>
-#include <kovra/KVRException.h>
 #include <kovra/KVRLoggingUtil.h>
 #include <kovra/KVRMerchantModel.h>
 #include <kovra/KVRPinpadModel.h>
@@ -21,20 +18,17 @@
 #include "Pinpad/Commands/KVRFncCommandRequest.h"
 #include "Pinpad/KVRCommandController.h"
 #include "Pinpad/KVRLinkException.h"
+#include "Platform/KVRCallStack.h"
 #include "Platform/KVRProcessInfo.h"
 #include "Tms/KVRAid.h"
 #include "Tms/KVRTmsController.h"
 #include "Transactions/KVRCancellationController.h"
+#include "Transactions/KVRInitiatorTransactionKey.h"
 #include "Transactions/KVRReversalController.h"
+#include "Utils/KVRBerTlv.h"
 #include "Utils/KVRCardDataMasking.h"
 #include "Utils/KVRClock.h"
-#include "Utils/KVRDateUtil.h"
 #include "Utils/KVRStringUtil.h"
-
-#include <execinfo.h>
-
-#include <algorithm>
-#include <map>
 
 namespace {
 
@@ -76,73 +70,7 @@ std::optional<HostDecision> chipDecision(KVRResponseCode code) {
     return std::nullopt;
 }
 
-std::string callStack() {
-    void* frames[64];
-    int count = backtrace(frames, 64);
-    char** symbols = backtrace_symbols(frames, count);
-    std::string text = "(\n";
-    for (int i = 0; symbols && i < count; ++i) text += KVRStringUtil::format("    %d %s\n", i, symbols[i]);
-    free(symbols);
-    return text + ")";
-}
-
 KVRNumber amountOf(const KVRTransactionModel& transaction) { return transaction.amount().value_or(KVRNumber(0LL)); }
-
-// The first of `count` hexadecimal bytes at `at`, or nothing when the text
-// ends first or holds something else there.
-std::optional<unsigned> hexByte(const std::string& text, size_t at) {
-    if (at + 2 > text.size()) return std::nullopt;
-    unsigned value = 0;
-    for (size_t i = at; i < at + 2; ++i) {
-        char c = text[i];
-        unsigned digit;
-        if (c >= '0' && c <= '9') {
-            digit = c - '0';
-        } else if (c >= 'A' && c <= 'F') {
-            digit = c - 'A' + 10;
-        } else if (c >= 'a' && c <= 'f') {
-            digit = c - 'a' + 10;
-        } else {
-            return std::nullopt;
-        }
-        value = value * 16 + digit;
-    }
-    return value;
-}
-
-// Every tag of a BER-TLV hexadecimal text with its value, keyed by the tag in
-// upper-case hexadecimal. Tags of one or two bytes (a first byte whose low
-// five bits are all set announces the second); lengths of one byte, or a
-// first length byte above 0x7F followed by the byte that gives it. The walk
-// stops at the first element that is cut short or not hexadecimal.
-std::map<std::string, std::string> readTlv(const std::string& text) {
-    std::map<std::string, std::string> elements;
-    size_t at = 0;
-    while (at < text.size()) {
-        auto first = hexByte(text, at);
-        if (!first) break;
-        size_t tagLength = (*first & 0x1F) == 0x1F ? 4 : 2;
-        if (tagLength == 4 && !hexByte(text, at + 2)) break;
-        std::string tag = KVRStringUtil::toUpper(text.substr(at, tagLength));
-        at += tagLength;
-        auto length = hexByte(text, at);
-        if (!length) break;
-        at += 2;
-        if (*length > 0x7F) {
-            length = hexByte(text, at);
-            if (!length) break;
-            at += 2;
-        }
-        size_t valueLength = static_cast<size_t>(*length) * 2;
-        if (text.size() - at < valueLength) break;
-        bool hex = true;
-        for (size_t i = 0; i < valueLength && hex; i += 2) hex = hexByte(text, at + i).has_value();
-        if (!hex) break;
-        elements[tag] = KVRStringUtil::toUpper(text.substr(at, valueLength));
-        at += valueLength;
-    }
-    return elements;
-}
 
 // The first and third service-code digits of a stripe card's track 2
 // ("<PAN>=<YYMM><service code>..."); empty without a second track.
@@ -253,7 +181,7 @@ std::optional<int> KVRTransactionController::runOnce(const std::shared_ptr<KVRTr
         return KVRTransactionStatusTimeout;
     } catch (const std::exception& exception) {
         KVRLoggingUtil::printLog(KVRStringUtil::format("%s", exception.what()));
-        KVRLoggingUtil::printLog(callStack());
+        KVRLoggingUtil::printLog(KVRCallStack::describe());
         showChipMessage(kTransaction, "FALHOU");
         return KVRTransactionStatusFailure;
     }
@@ -317,7 +245,8 @@ int KVRTransactionController::runChip(const std::shared_ptr<KVRTransactionModel>
         showChipMessage(kTransaction, "NEGADA");
         return KVRTransactionStatusDeclined;
     }
-    if (goc->decision != kGocGoOnline) return KVRTransactionStatusUnknown;  // decided by the card alone; the host never saw it
+    // Decided by the card alone; the host never saw it.
+    if (goc->decision != kGocGoOnline) return KVRTransactionStatusUnknown;
     try {
         return runChipOnline(transaction, *gcr, *goc);
     } catch (const std::exception& exception) {
@@ -418,7 +347,8 @@ int KVRTransactionController::runStripeOnline(const std::shared_ptr<KVRTransacti
     bool approved = decision && (decision->responseCode == KVRResponseCodeAPPR || decision->responseCode == KVRResponseCodePART);
     std::optional<std::string> noIssuerData;  // a stripe sale tells the card nothing
     if (!decision ||
-        !acceptAnswer(*transaction, exchange, gcr, approved ? KVRTransactionStatusApproved : KVRTransactionStatusDeclined, noIssuerData)) {
+        !acceptAnswer(*transaction, exchange, gcr,
+                      approved ? KVRTransactionStatusApproved : KVRTransactionStatusDeclined, noIssuerData)) {
         showStripeMessage(kStripeFailed);
         return KVRTransactionStatusFailure;
     }
@@ -555,7 +485,7 @@ bool KVRTransactionController::acceptAnswer(KVRTransactionModel& transaction, co
 int KVRTransactionController::recoverFromException(const std::shared_ptr<KVRTransactionModel>& transaction,
                                                    const std::exception& exception, bool chipFlow) {
     KVRLoggingUtil::printLog(KVRStringUtil::format("%s", exception.what()));
-    KVRLoggingUtil::printLog(callStack());
+    KVRLoggingUtil::printLog(KVRCallStack::describe());
     if (dynamic_cast<const KVRLinkException*>(&exception)) {
         // A PIN pad that fell silent cannot show anything. Before the request
         // went out there is nothing to undo; after it, the acquirer may hold
@@ -574,7 +504,8 @@ int KVRTransactionController::recoverFromException(const std::shared_ptr<KVRTran
 int KVRTransactionController::cancelAtHost(const std::shared_ptr<KVRTransactionModel>& transaction) {
     if (journal_) {
         auto verdict = KVRReversalController::sendAdvice(*journal_, transaction);
-        return verdict.outcome == KVRAdviceOutcome::Approved ? KVRTransactionStatusCancelled : KVRTransactionStatusUnknown;
+        return verdict.outcome == KVRAdviceOutcome::Approved ? KVRTransactionStatusCancelled
+                                                             : KVRTransactionStatusUnknown;
     }
     int outcome = KVRTransactionStatusUnknown;
     try {
@@ -612,25 +543,7 @@ void KVRTransactionController::showWithoutFailing(const std::function<void()>& s
 
 std::optional<std::string> KVRTransactionController::generateInitiatorTransactionKeyWithSerialNumber(
     const std::string& serialNumber) {
-    try {
-        auto now = KVRClock::now();
-        // The ordinality of the day unit within the day unit: always 1, kept
-        // because the host has always received it.
-        long dayInDay = 1;
-        long long counted = std::max(KVRTransactionModel::countAll(), KVRJournal::highestKeyCount().value_or(-1) + 1);
-        keyCount_ = counted;
-        std::string count = KVRStringUtil::format("%lli", counted);
-        if (count.size() < 4) count.insert(0, 4 - count.size(), '0');
-        std::string vendor = KVRDirectories::vendorIdentifier();
-        if (vendor.size() < 28) throw KVRException("NSRangeException", "The vendor identifier is too short.");
-        std::string version = KVRApplicationInfo::stringForKey("CFBundleVersion").value_or("");
-        return KVRStringUtil::removeAll(serialNumber, ' ') + "-" + KVRDateUtil::dateStringWithFormat("yy", now) +
-               KVRStringUtil::format("%ld", dayInDay) + count + vendor.substr(24, 4) +
-               KVRStringUtil::removeAll(version, '.');
-    } catch (const std::exception&) {
-        KVRLoggingUtil::printLog("Occoreu algum erro na formaçao da string");
-        return std::nullopt;
-    }
+    return KVRInitiatorTransactionKey::generate(serialNumber, keyCount_);
 }
 
 std::string KVRTransactionController::getFlagWithGcrResponse(const KVRGcrCommandResponse& gcrResponse) {
@@ -659,7 +572,7 @@ std::optional<std::string> KVRTransactionController::getTransactionAidWithGcrRes
 }
 
 std::optional<std::string> KVRTransactionController::getArqcWithEmv(const std::string& emv) {
-    auto elements = readTlv(emv);
+    auto elements = KVRBerTlv::read(emv);
     auto found = elements.find("9F26");
     if (found == elements.end()) return std::nullopt;
     return found->second;

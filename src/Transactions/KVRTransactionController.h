@@ -17,9 +17,7 @@ class KVRGpnCommandResponse;
 class KVRTransactionModel;
 
 /// Runs one card sale, from the PIN pad's identity to the last display
-/// message, and returns its result code (the transaction status values):
-/// 0 unknown, 1 declined, 2 approved, 3 partly approved, 4 technical error,
-/// 5 cancelled, 6 invalid, 7 timeout, 8 failure, 9 aborted by the user.
+/// message, and returns its result, a KVRTransactionStatus.
 ///
 /// It runs on the main worker and blocks it for the whole sale. It never
 /// reports to the application: the caller turns the code into an error and
@@ -42,11 +40,8 @@ public:
     int sendTransactionWithMagnectStripe(const std::shared_ptr<KVRTransactionModel>& transaction,
                                          const std::shared_ptr<KVRGcrCommandResponse>& gcrResponse);
 
-    /// "<serial without spaces>-<yy><day ordinality><count, 4 digits at
-    /// least><vendor identifier characters 24-27><bundle version without dots>".
-    /// The count is the number of records, but never less than one more than
-    /// the count of any key the acquirer was sent, so no key repeats when
-    /// records are deleted. Nothing when it cannot be built.
+    /// KVRInitiatorTransactionKey::generate; the count is kept for the
+    /// journal entry of the authorisation.
     std::optional<std::string> generateInitiatorTransactionKeyWithSerialNumber(const std::string& serialNumber);
     /// "Visa" for the first three records of the acquirer's table, "MasterCard" after.
     std::string getFlagWithGcrResponse(const KVRGcrCommandResponse& gcrResponse);

@@ -1,6 +1,7 @@
 #include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRLoggingUtil.h>
 
+#include "Platform/KVRSettingsKeys.h"
 #include "Platform/KVRSystemLog.h"
 
 #include <cstdio>
@@ -54,6 +55,6 @@ void KVRLoggingUtil::setSink(Sink newSink) {
     sink() = std::move(newSink);
 }
 
-bool KVRLoggingUtil::isDebugEnabled() { return KVRApplicationInfo::boolForKey("Kovra Debugginho Developer"); }
+bool KVRLoggingUtil::isDebugEnabled() { return KVRApplicationInfo::boolForKey(KVRSettingsKeys::kDebugLog); }
 
-bool KVRLoggingUtil::logsCardData() { return KVRApplicationInfo::boolForKey("Kovra Log Card Data"); }
+bool KVRLoggingUtil::logsCardData() { return KVRApplicationInfo::boolForKey(KVRSettingsKeys::kLogCardData); }
