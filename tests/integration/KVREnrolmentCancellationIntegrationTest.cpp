@@ -242,7 +242,8 @@ TEST_F(EnrolmentCancellationIntegrationTest, LegacyHistoryArrivesUnderTheMerchan
     EXPECT_EQ(KVRTransactionModel::findFirstByAttribute("reference", "REF-B")->status(), 5);
     EXPECT_EQ(merchant->transactions().size(), 2u);
 
-    KVRDataBaseController::getsharedInstance().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);  // a merchant and transactions: nothing to do
+    // A merchant and transactions: nothing to do.
+    KVRDataBaseController::getsharedInstance().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);
     EXPECT_EQ(KVRTransactionModel::findAll().size(), 2u);
     EXPECT_EQ(requestLog().size(), 1u);
 }
