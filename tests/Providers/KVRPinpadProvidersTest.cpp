@@ -126,7 +126,6 @@ TEST_F(PinpadProvidersTest, DisplayOverASilentLinkReportsInsteadOfHanging) {
     KVRCompletionRecorder recorder;
     KVRDisplayProvider::displayMessage("OLA", recorder.block());
     ASSERT_TRUE(recorder.waitForCalls(1));
-    KVRApplicationInfo::removeValue("Kovra Pinpad Read Timeout");
     EXPECT_FALSE(recorder.calls()[0].success);
     EXPECT_EQ(recorder.calls()[0].error->code(), 101);
 }

@@ -351,7 +351,6 @@ TEST_F(SaleFlowTest, TheDebugLogShowsTheRequestWithoutTheCardNumber) {
     KVRApplicationInfo::setValue("Kovra Debugginho Developer", true);
     bench_.answer("FNC", {fncReply(0, 0)});
     ASSERT_TRUE(bench_.sell(Bench::newSale(1000)).success);
-    KVRApplicationInfo::removeValue("Kovra Debugginho Developer");
     EXPECT_TRUE(log.contains("<AccptrAuthstnReq>")) << "the request is logged";
     EXPECT_TRUE(log.contains(std::string("-----> ") + Bench::kReceiptKey));
     EXPECT_TRUE(log.contains("0010"));
