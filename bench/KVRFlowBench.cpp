@@ -23,6 +23,7 @@
 #include "Pinpad/KVRPinpadController.h"
 #include "Tms/KVRTmsController.h"
 #include "Transactions/KVRTransactionController.h"
+#include "Utils/KVRPlatformHooks.h"
 #include "Utils/KVRReachability.h"
 #include "testing/KVRBenchPinpad.h"
 #include "testing/KVRBenchSamples.h"
@@ -57,17 +58,17 @@ public:
         tables_->save();
         connected_ = pinpad_.connectSharedLink();
         KVRPinpadController::sharedController().setConnection(KVRBluetoothConnection::sharedController());
-        KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
         KVRCommandController::resetCardVariables();
         const std::string reply = KVRBenchSamples::authorisationResponse();
-        KVRCommunicationController::setExchangeOverride(
-            [reply](const std::string&, const std::string&, const std::string&, std::optional<KVRError>*) {
-                return std::optional<std::string>(reply);
-            });
+        KVRPlatformHooks hooks = *KVRPlatformHooks::installed();
+        hooks.networkFlags = [] { return std::optional<uint32_t>(KVRReachability::kFlagReachable); };
+        hooks.exchange = [reply](const KVRHttpRequest&, std::optional<KVRError>&) {
+            return std::optional<std::string>(reply);
+        };
+        previousHooks_ = KVRPlatformHooks::install(std::move(hooks));
     }
     ~FlowWorld() {
-        KVRCommunicationController::setExchangeOverride({});
-        KVRReachability::setFlagsOverride(std::nullopt);
+        KVRPlatformHooks::install(previousHooks_);
         KVRPinpadController::sharedController().setConnection(nullptr);
         KVRCommandController::resetCardVariables();
         tables_->deleteRecord();
@@ -84,6 +85,7 @@ private:
     bool connected_ = false;
     std::shared_ptr<KVRMerchantModel> merchant_;
     std::shared_ptr<KVRTmsTableModel> tables_;
+    KVRPlatformHooks previousHooks_;
 };
 
 /// The PIN pad of an approved chip sale with on-line PIN; every other command

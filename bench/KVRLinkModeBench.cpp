@@ -48,7 +48,7 @@ bool completed(const std::function<void(KVRCompletion)>& operation) {
 class LinkWorld {
 public:
     LinkWorld() {
-        KVRPersistenceController::resetSharedControllerForTesting();
+        KVRPersistenceController::sharedController().closeStore();
         KVRDirectories::setDataDirectory(data_.path());
         KVREmulators::Options options;
         options.pinpadBinary = KOVRA_PINPAD_SIM_BINARY;
@@ -75,9 +75,8 @@ public:
     ~LinkWorld() {
         KVRBluetoothConnection::resetSharedController();
         KVRPinpadController::sharedController().setConnection(nullptr);
-        KVRAccessoryManager::sharedAccessoryManager().unregisterAllAccessories();
         emulators_.reset();
-        KVRPersistenceController::resetSharedControllerForTesting();
+        KVRPersistenceController::sharedController().closeStore();
     }
     LinkWorld(const LinkWorld&) = delete;
     LinkWorld& operator=(const LinkWorld&) = delete;

@@ -21,7 +21,7 @@
 #include "Pinpad/Commands/KVRTlrCommandResponse.h"
 #include "Pinpad/KVRBluetoothConnection.h"
 #include "KVRFuzzCheck.h"
-#include "Platform/KVRMemoryAccessory.h"
+#include "testing/KVRMemoryAccessory.h"
 #include "Utils/KVRCardDataMasking.h"
 
 #include <cstring>

@@ -1,24 +1,30 @@
 #include "testing/KVRFakeExchange.h"
 
-#include "Host/KVRCommunicationController.h"
+#include "Utils/KVRPlatformHooks.h"
 
 KVRFakeExchange::KVRFakeExchange() {
     replyWith("");
-    KVRCommunicationController::setExchangeOverride(
-        [this](const std::string& body, const std::string& url, const std::string& contentType,
-               std::optional<KVRError>* error) {
-            Request request{body, url, contentType};
-            Reply reply;
-            {
-                std::lock_guard lock(mutex_);
-                requests_.push_back(request);
-                reply = reply_;
-            }
-            return reply(request, error);
-        });
+    auto hooks = *KVRPlatformHooks::installed();
+    previous_ = hooks.exchange;
+    hooks.exchange = [this](const KVRHttpRequest& sent, std::optional<KVRError>& error) {
+        Request request{sent.body, sent.url, sent.contentType};
+        Reply reply;
+        {
+            std::lock_guard lock(mutex_);
+            requests_.push_back(request);
+            reply = reply_;
+        }
+        return reply(request, &error);
+    };
+    KVRPlatformHooks::install(std::move(hooks));
 }
 
-KVRFakeExchange::~KVRFakeExchange() { KVRCommunicationController::setExchangeOverride({}); }
+// Only the exchange is put back: hooks installed meanwhile stay.
+KVRFakeExchange::~KVRFakeExchange() {
+    auto hooks = *KVRPlatformHooks::installed();
+    hooks.exchange = previous_;
+    KVRPlatformHooks::install(std::move(hooks));
+}
 
 void KVRFakeExchange::setReply(Reply reply) {
     std::lock_guard lock(mutex_);

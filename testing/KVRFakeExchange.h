@@ -2,6 +2,8 @@
 
 #include <kovra/KVRError.h>
 
+#include "Utils/KVRPlatformHooks.h"
+
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -38,4 +40,5 @@ private:
     mutable std::mutex mutex_;
     Reply reply_;
     std::vector<Request> requests_;
+    decltype(KVRPlatformHooks::exchange) previous_;
 };

@@ -1,15 +1,23 @@
 #include "testing/KVRLogCapture.h"
 
-#include <kovra/KVRLoggingUtil.h>
+#include "Utils/KVRPlatformHooks.h"
 
 KVRLogCapture::KVRLogCapture() {
-    KVRLoggingUtil::setSink([this](const std::string& line) {
+    auto hooks = *KVRPlatformHooks::installed();
+    previous_ = hooks.logSink;
+    hooks.logSink = [this](const std::string& line, bool) {
         std::lock_guard lock(mutex_);
         lines_.push_back(line);
-    });
+    };
+    KVRPlatformHooks::install(std::move(hooks));
 }
 
-KVRLogCapture::~KVRLogCapture() { KVRLoggingUtil::setSink({}); }
+// Only the sink is put back: hooks installed meanwhile stay.
+KVRLogCapture::~KVRLogCapture() {
+    auto hooks = *KVRPlatformHooks::installed();
+    hooks.logSink = previous_;
+    KVRPlatformHooks::install(std::move(hooks));
+}
 
 std::vector<std::string> KVRLogCapture::lines() const {
     std::lock_guard lock(mutex_);

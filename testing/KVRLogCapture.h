@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Utils/KVRPlatformHooks.h"
+
 #include <mutex>
 #include <string>
 #include <vector>
@@ -22,4 +24,5 @@ public:
 private:
     mutable std::mutex mutex_;
     std::vector<std::string> lines_;
+    decltype(KVRPlatformHooks::logSink) previous_;
 };

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/KVRInputStream.h"
-#include "Platform/KVRMemoryAccessory.h"
+#include "testing/KVRMemoryAccessory.h"
 #include "Platform/KVROutputStream.h"
 
 #include <atomic>

@@ -6,12 +6,12 @@
 #include "testing/KVRTestEnvironment.h"
 
 KVRTemporaryStore::KVRTemporaryStore() {
-    KVRPersistenceController::resetSharedControllerForTesting();
+    KVRPersistenceController::sharedController().closeStore();
     KVRDirectories::setDataDirectory(directory_.path());
 }
 
 KVRTemporaryStore::~KVRTemporaryStore() {
-    KVRPersistenceController::resetSharedControllerForTesting();
+    KVRPersistenceController::sharedController().closeStore();
     KVRDirectories::setDataDirectory(kovraTestDataDirectory());
 }
 
@@ -23,4 +23,4 @@ std::string KVRTemporaryStore::storePath() const {
     return storeDirectory() + "/" + KVRPersistenceController::kStoreFileName;
 }
 
-void KVRTemporaryStore::reopen() { KVRPersistenceController::resetSharedControllerForTesting(); }
+void KVRTemporaryStore::reopen() { KVRPersistenceController::sharedController().closeStore(); }

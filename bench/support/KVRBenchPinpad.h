@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/KVRMemoryAccessory.h"
+#include "testing/KVRMemoryAccessory.h"
 
 #include <atomic>
 #include <cstdint>

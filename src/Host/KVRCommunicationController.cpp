@@ -1,44 +1,24 @@
 #include "Host/KVRCommunicationController.h"
 
 #include "Host/KVRHttpsTransport.h"
+#include "Utils/KVRPlatformHooks.h"
 #include "Utils/KVRStringUtil.h"
 
-#include <mutex>
-
 namespace {
-
-struct Seams {
-    std::mutex mutex;
-    KVRCommunicationController::Exchange exchange;
-    std::optional<std::chrono::milliseconds> xmlTimeout;
-};
-
-Seams& seams() {
-    static auto* s = new Seams();  // lives for the process
-    return *s;
-}
-
-KVRCommunicationController::Exchange currentOverride() {
-    std::lock_guard lock(seams().mutex);
-    return seams().exchange;
-}
-
-std::chrono::milliseconds currentXmlTimeout() {
-    std::lock_guard lock(seams().mutex);
-    return seams().xmlTimeout.value_or(KVRCommunicationController::xmlTimeout);
-}
 
 std::string contentLength(const std::string& body) {
     return KVRStringUtil::format("Content-Length: %lu", static_cast<unsigned long>(body.size()));
 }
 
-// The transport step shared by both posts: the override when one is set,
-// otherwise the network. On failure `error` holds the transport's error.
+// The transport step shared by both posts: the installed hooks' exchange
+// when there is one, otherwise the network. On failure `error` holds the
+// transport's error.
 std::optional<std::string> exchange(const std::string& body, const std::string& url, const std::string& contentType,
-                                    const std::vector<std::string>& headers, std::chrono::milliseconds timeout,
+                                    std::vector<std::string> headers, std::chrono::milliseconds timeout,
                                     std::optional<KVRError>& error) {
-    if (auto fake = currentOverride()) {
-        auto reply = fake(body, url, contentType, &error);
+    auto hooks = KVRPlatformHooks::installed();
+    if (hooks->exchange) {
+        auto reply = hooks->exchange(KVRHttpRequest{url, body, contentType, std::move(headers), timeout}, error);
         if (!reply && !error) error = KVRError(NSURLErrorDomain, NSURLErrorUnknown);
         return reply;
     }
@@ -53,7 +33,7 @@ std::optional<std::string> KVRCommunicationController::postXml(const std::string
     // "Accept:" and "Expect:" keep curl from adding headers of its own.
     std::vector<std::string> headers = {contentLength(xml), "Content-Type: text/xml", "Accept:", "Expect:"};
     std::optional<KVRError> transportError;
-    auto reply = exchange(xml, url, "text/xml", headers, currentXmlTimeout(), transportError);
+    auto reply = exchange(xml, url, "text/xml", headers, xmlTimeout, transportError);
     if (transportError) {
         if (error) {
             *error = transportError;
@@ -78,14 +58,4 @@ std::optional<nlohmann::json> KVRCommunicationController::postJSON(const std::st
     nlohmann::json parsed = nlohmann::json::parse(*reply, nullptr, false);
     if (parsed.is_discarded()) return std::nullopt;
     return parsed;
-}
-
-void KVRCommunicationController::setExchangeOverride(Exchange exchange) {
-    std::lock_guard lock(seams().mutex);
-    seams().exchange = std::move(exchange);
-}
-
-void KVRCommunicationController::setXmlTimeoutOverride(std::optional<std::chrono::milliseconds> timeout) {
-    std::lock_guard lock(seams().mutex);
-    seams().xmlTimeout = timeout;
 }

@@ -6,7 +6,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -28,16 +27,10 @@ inline constexpr long NSURLErrorSecureConnectionFailed = -1200;
 /// hosts and "Kovra Pinned Public Keys" (curl's "sha256//...;sha256//..."
 /// list) pins their keys. Only https URLs are followed. Each thread keeps one
 /// connection cache, so consecutive exchanges from a thread reuse their
-/// connection. Replies above maximumReplyLength are refused.
+/// connection. Replies above maximumReplyLength are refused. The installed
+/// platform hooks' exchange, when there is one, carries every post instead.
 class KVRCommunicationController {
 public:
-    /// Stands in for the network: gets the request body, the URL and the
-    /// content type ("text/xml" or "application/json"); returns the reply
-    /// bytes, or nothing with a transport error in `error` (never null).
-    using Exchange = std::function<std::optional<std::string>(const std::string& body, const std::string& url,
-                                                              const std::string& contentType,
-                                                              std::optional<KVRError>* error)>;
-
     static constexpr size_t maximumReplyLength = 16u << 20;
     static constexpr std::chrono::milliseconds xmlTimeout{50000};
 
@@ -55,10 +48,4 @@ public:
     /// failed.
     static std::optional<nlohmann::json> postJSON(const std::string& body, const std::string& url,
                                                   std::optional<KVRError>* error = nullptr);
-
-    /// Test seam: every post goes to `exchange` instead of the network; an
-    /// empty function restores the network.
-    static void setExchangeOverride(Exchange exchange);
-    /// Test seam: the XML time-out; nothing restores 50 seconds.
-    static void setXmlTimeoutOverride(std::optional<std::chrono::milliseconds> timeout);
 };

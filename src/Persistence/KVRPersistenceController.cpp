@@ -116,8 +116,3 @@ void KVRPersistenceController::saveContext() {
     if (!context->hasChanges()) return;
     if (auto error = context->save()) logUnresolved(*error);
 }
-
-void KVRPersistenceController::resetSharedControllerForTesting() {
-    std::lock_guard lock(KVRManagedObjectContext::mutex());
-    sharedController().context_.reset();
-}

@@ -35,14 +35,9 @@ public:
     std::vector<std::string> setAsideStores() const;
     std::string storePath() const;
     /// Checkpoints and closes the store (records of it become detached); the
-    /// next use opens it again. At process exit this runs by itself and the
-    /// store is not opened again.
+    /// next use opens it again, where KVRDirectories points then. At process
+    /// exit this runs by itself and the store is not opened again.
     void closeStore();
-
-    /// Test seam: closes the store and drops the context (records of it become
-    /// detached). The next use opens the store again where KVRDirectories
-    /// points then.
-    static void resetSharedControllerForTesting();
 
 private:
     KVRPersistenceController() = default;

@@ -45,8 +45,8 @@ public:
     static constexpr size_t kStreamReadSize = 65530;
 
     static std::shared_ptr<KVRBluetoothConnection> sharedController();
-    /// Test seam: closes the shared link's session and forgets the link; the
-    /// next sharedController() makes a fresh one.
+    /// Closes the shared link's session and forgets the link; the next
+    /// sharedController() makes a fresh one, as in a new process.
     static void resetSharedController();
 
     ~KVRBluetoothConnection() override;

@@ -5,6 +5,7 @@
 #include "Platform/KVRSerialAccessory.h"
 #include "Platform/KVRSettingsKeys.h"
 #include "Platform/KVRTcpAccessory.h"
+#include "Utils/KVRPlatformHooks.h"
 #include "Utils/KVRStringUtil.h"
 
 #include <algorithm>
@@ -31,31 +32,13 @@ KVRAccessoryManager& KVRAccessoryManager::sharedAccessoryManager() {
 }
 
 std::vector<std::shared_ptr<KVRAccessory>> KVRAccessoryManager::connectedAccessories() {
-    std::vector<std::shared_ptr<KVRAccessory>> list;
-    {
-        std::lock_guard lock(mutex_);
-        list = registered_;
-    }
+    auto hooks = KVRPlatformHooks::installed();
+    return hooks->accessories ? hooks->accessories() : machineAccessories();
+}
+
+std::vector<std::shared_ptr<KVRAccessory>> KVRAccessoryManager::machineAccessories() {
     auto setting = KVRApplicationInfo::stringForKey(KVRSettingsKeys::kPinpad);
-    auto found = setting ? configuredAccessories(*setting) : enumeratedAccessories();
-    list.insert(list.end(), found.begin(), found.end());
-    return list;
-}
-
-void KVRAccessoryManager::registerAccessory(std::shared_ptr<KVRAccessory> accessory) {
-    if (!accessory) return;
-    std::lock_guard lock(mutex_);
-    registered_.push_back(std::move(accessory));
-}
-
-void KVRAccessoryManager::unregisterAccessory(const std::shared_ptr<KVRAccessory>& accessory) {
-    std::lock_guard lock(mutex_);
-    registered_.erase(std::remove(registered_.begin(), registered_.end(), accessory), registered_.end());
-}
-
-void KVRAccessoryManager::unregisterAllAccessories() {
-    std::lock_guard lock(mutex_);
-    registered_.clear();
+    return setting ? configuredAccessories(*setting) : enumeratedAccessories();
 }
 
 std::shared_ptr<KVRAccessory> KVRAccessoryManager::accessoryForEntry(const std::string& rawEntry) {

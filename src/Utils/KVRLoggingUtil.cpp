@@ -3,21 +3,13 @@
 
 #include "Platform/KVRSettingsKeys.h"
 #include "Platform/KVRSystemLog.h"
+#include "Utils/KVRPlatformHooks.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
 
 namespace {
-std::mutex& sinkMutex() {
-    static std::mutex m;
-    return m;
-}
-KVRLoggingUtil::Sink& sink() {
-    static auto* s = new KVRLoggingUtil::Sink();
-    return *s;
-}
 // KOVRA_LOG=stderr puts every line on standard error, for a developer at a
 // terminal; otherwise lines go to the system log, never onto the
 // application's own standard error.
@@ -27,13 +19,9 @@ bool toStandardError() {
 }
 
 void emit(const std::string& line, bool debug) {
-    KVRLoggingUtil::Sink current;
-    {
-        std::lock_guard lock(sinkMutex());
-        current = sink();
-    }
-    if (current) {
-        current(line);
+    auto hooks = KVRPlatformHooks::installed();
+    if (hooks->logSink) {
+        hooks->logSink(line, debug);
     } else if (toStandardError()) {
         std::fprintf(stderr, "%s\n", line.c_str());
     } else if (debug) {
@@ -50,9 +38,13 @@ void KVRLoggingUtil::printLog(const std::string& text) {
 
 void KVRLoggingUtil::console(const std::string& text) { emit(text, false); }
 
+// The application's sink is the platform hooks' log sink; it gets every line
+// alike. Setting it keeps the other hooks in force.
 void KVRLoggingUtil::setSink(Sink newSink) {
-    std::lock_guard lock(sinkMutex());
-    sink() = std::move(newSink);
+    auto hooks = *KVRPlatformHooks::installed();
+    hooks.logSink = nullptr;
+    if (newSink) hooks.logSink = [newSink = std::move(newSink)](const std::string& line, bool) { newSink(line); };
+    KVRPlatformHooks::install(std::move(hooks));
 }
 
 bool KVRLoggingUtil::isDebugEnabled() { return KVRApplicationInfo::boolForKey(KVRSettingsKeys::kDebugLog); }

@@ -4,6 +4,7 @@
 #include <kovra/KVRNotificationCenter.h>
 
 #include "Utils/KVRNetworkChangeListener.h"
+#include "Utils/KVRPlatformHooks.h"
 #include "Utils/KVRRouteProbe.h"
 #include "Utils/KVRStringUtil.h"
 
@@ -13,16 +14,6 @@
 #include <cstring>
 
 namespace {
-
-std::mutex& overrideMutex() {
-    static auto* m = new std::mutex();
-    return *m;
-}
-
-std::optional<uint32_t>& flagsOverride() {
-    static auto* flags = new std::optional<uint32_t>();
-    return *flags;
-}
 
 sockaddr_storage ipv4Address(uint32_t hostOrderAddress) {
     sockaddr_storage storage{};
@@ -100,11 +91,8 @@ void KVRReachability::flagsMayHaveChanged() {
 }
 
 std::optional<uint32_t> KVRReachability::reachabilityFlags() const {
-    {
-        std::lock_guard lock(overrideMutex());
-        if (flagsOverride()) return flagsOverride();
-    }
-    return machineFlags();
+    auto hooks = KVRPlatformHooks::installed();
+    return hooks->networkFlags ? hooks->networkFlags() : machineFlags();
 }
 
 std::optional<uint32_t> KVRReachability::machineFlags() const {
@@ -139,14 +127,6 @@ KVRNetworkStatus KVRReachability::networkStatusForFlags(uint32_t flags) {
 KVRNetworkStatus KVRReachability::localWiFiStatusForFlags(uint32_t flags) {
     logFlags(flags, "localWiFiStatusForFlags");
     return (flags & kFlagReachable) && (flags & kFlagIsDirect) ? ReachableViaWiFi : NotReachable;
-}
-
-void KVRReachability::setFlagsOverride(std::optional<uint32_t> flags) {
-    {
-        std::lock_guard lock(overrideMutex());
-        flagsOverride() = flags;
-    }
-    KVRNetworkChangeListener::pokeAll();
 }
 
 void KVRReachability::logFlags(uint32_t flags, const char* comment) {

@@ -16,8 +16,8 @@ enum KVRNetworkStatus { NotReachable = 0, ReachableViaWiFi = 1, ReachableViaWWAN
 /// Whether a host or address can be reached now, and over which kind of link.
 /// The answer is read from the machine's routing: the target is resolved and
 /// the route and outgoing interface for it are looked up, without sending a
-/// packet. The flags use the platform's bit values, so the status rules read
-/// the same everywhere.
+/// packet, unless the installed platform hooks report the flags. The flags use
+/// the platform's bit values, so the status rules read the same everywhere.
 class KVRReachability : public std::enable_shared_from_this<KVRReachability> {
 public:
     static constexpr uint32_t kFlagTransientConnection = 1u << 0;
@@ -60,10 +60,6 @@ public:
 
     static KVRNetworkStatus networkStatusForFlags(uint32_t flags);
     static KVRNetworkStatus localWiFiStatusForFlags(uint32_t flags);
-
-    /// Test seam: every instance reports these flags instead of the machine's
-    /// (none restores the machine's). Running notifiers re-read their flags.
-    static void setFlagsOverride(std::optional<uint32_t> flags);
 
 private:
     KVRReachability(std::string hostName, std::optional<sockaddr_storage> address, bool localWiFi);

@@ -1,20 +1,13 @@
 #include "Utils/KVRUUID.h"
 
+#include "Utils/KVRPlatformHooks.h"
+
 #include <openssl/rand.h>
 
 #include <cstdio>
-#include <mutex>
 #include <random>
 
 namespace {
-std::mutex& uuidMutex() {
-    static std::mutex m;
-    return m;
-}
-std::function<std::string()>& generator() {
-    static auto* g = new std::function<std::string()>();
-    return *g;
-}
 std::string randomUuid() {
     unsigned char b[16];
     if (RAND_bytes(b, sizeof b) != 1) {
@@ -31,15 +24,6 @@ std::string randomUuid() {
 }  // namespace
 
 std::string KVRUUID::uuidString() {
-    std::function<std::string()> g;
-    {
-        std::lock_guard lock(uuidMutex());
-        g = generator();
-    }
-    return g ? g() : randomUuid();
-}
-
-void KVRUUID::setGenerator(std::function<std::string()> g) {
-    std::lock_guard lock(uuidMutex());
-    generator() = std::move(g);
+    auto hooks = KVRPlatformHooks::installed();
+    return hooks->uuid ? hooks->uuid() : randomUuid();
 }

@@ -1,15 +1,12 @@
 #pragma once
 
-#include <functional>
 #include <string>
 
-/// Random (version 4) UUIDs in upper-case textual form. Tests may replace the
-/// source to get reproducible documents.
+/// Random (version 4) UUIDs in upper-case textual form, unless the installed
+/// platform hooks make them.
 class KVRUUID {
 public:
     KVRUUID() = delete;
     /// "8-4-4-4-12" upper-case hexadecimal.
     static std::string uuidString();
-    /// An empty function restores the random source.
-    static void setGenerator(std::function<std::string()> generator);
 };

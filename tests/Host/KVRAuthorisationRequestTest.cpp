@@ -8,6 +8,7 @@
 #include "Pinpad/Commands/KVRGocCommandResponse.h"
 #include "Pinpad/Commands/KVRGpnCommandResponse.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 
 #include <kovra/KVRException.h>
 #include <kovra/KVRMerchantModel.h>
@@ -46,7 +47,7 @@ std::string reasonOf(const std::function<void()>& action) {
     return "<no exception>";
 }
 
-class KVRAuthorisationRequestTest : public ::testing::Test {
+class KVRAuthorisationRequestTest : public KVRTestFixture {
 protected:
     KVRTemporaryStore store;
     kvrtest::FixedClockAndUuid fixed;
@@ -171,7 +172,7 @@ TEST_F(KVRAuthorisationRequestTest, ReferenceIsANewUpperCaseUuidWithoutDashes) {
     std::string xml = write(chipCard());
     EXPECT_EQ(between(xml, "<TxRef>", "</"), "1B4E28BA2FA111D2883F0016D3CCA427");
 
-    KVRUUID::setGenerator({});
+    KVRTestFixture::setUuidGenerator({});
     std::string first = between(write(chipCard()), "<TxRef>", "</");
     std::string second = between(write(chipCard()), "<TxRef>", "</");
     EXPECT_EQ(first.size(), 32u);

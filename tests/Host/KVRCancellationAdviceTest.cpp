@@ -4,6 +4,7 @@
 #include "Host/Messages/KVRAcceptorCancellationAdviceBuilder.h"
 #include "Host/Messages/KVRAcceptorCancellationAdviceResponse.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 
 #include <kovra/KVRMerchantModel.h>
 #include <kovra/KVRTransactionModel.h>
@@ -12,7 +13,7 @@
 
 namespace {
 
-class KVRCancellationAdviceTest : public ::testing::Test {
+class KVRCancellationAdviceTest : public KVRTestFixture {
 protected:
     KVRTemporaryStore store;
     kvrtest::FixedClockAndUuid fixed;

@@ -3,6 +3,7 @@
 #include "Host/KVRCommunicationController.h"
 #include "testing/KVRTempDirectory.h"
 #include "testing/KVRTestCertificates.h"
+#include "testing/KVRTestFixture.h"
 
 #include <kovra/KVRApplicationInfo.h>
 
@@ -135,7 +136,7 @@ Exchange postXml(const std::string& xml, const std::string& url) {
     });
 }
 
-class KVRCommunicationControllerTest : public ::testing::Test {
+class KVRCommunicationControllerTest : public KVRTestFixture {
 protected:
     static void SetUpTestSuite() {
         directory_ = new KVRTempDirectory();
@@ -148,12 +149,6 @@ protected:
         delete directory_;
     }
     void SetUp() override { KVRApplicationInfo::setValue("Kovra CA File", trusted_->caCertificatePath); }
-    void TearDown() override {
-        KVRApplicationInfo::removeValue("Kovra CA File");
-        KVRApplicationInfo::removeValue("Kovra Pinned Public Keys");
-        KVRCommunicationController::setXmlTimeoutOverride(std::nullopt);
-        KVRCommunicationController::setExchangeOverride({});
-    }
 
     static KVRTempDirectory* directory_;
     static KVRTestCertificates* trusted_;
@@ -247,7 +242,7 @@ TEST_F(KVRCommunicationControllerTest, TimeOutIsReportedAsTimedOut) {
         res.set_content("late", "text/xml");
     });
     server.start();
-    KVRCommunicationController::setXmlTimeoutOverride(300ms);
+    KVRTestFixture::setXmlTimeout(300ms);
 
     auto start = std::chrono::steady_clock::now();
     Exchange e = postXml("<A/>", server.url("/Authorize"));
@@ -390,16 +385,17 @@ TEST_F(KVRCommunicationControllerTest, JsonRepliesThatAreNotJsonOrDoNotArriveGiv
 
 TEST_F(KVRCommunicationControllerTest, OverrideTakesThePlaceOfTheNetwork) {
     std::vector<std::tuple<std::string, std::string, std::string>> calls;
-    KVRCommunicationController::setExchangeOverride(
-        [&](const std::string& body, const std::string& url, const std::string& contentType,
-            std::optional<KVRError>* error) -> std::optional<std::string> {
-            calls.emplace_back(body, url, contentType);
-            if (url.find("down") != std::string::npos) {
-                *error = KVRError(NSURLErrorDomain, NSURLErrorTimedOut);
+    changeHooks([&](KVRPlatformHooks& hooks) {
+        hooks.exchange = [&](const KVRHttpRequest& request, std::optional<KVRError>& error) -> std::optional<std::string> {
+            calls.emplace_back(request.body, request.url, request.contentType);
+            if (request.url.find("down") != std::string::npos) {
+                error = KVRError(NSURLErrorDomain, NSURLErrorTimedOut);
                 return std::nullopt;
             }
-            return contentType == "application/json" ? std::string("{\"ok\":true}") : std::string("<Rspn>APPR</Rspn>");
-        });
+            return request.contentType == "application/json" ? std::string("{\"ok\":true}")
+                                                             : std::string("<Rspn>APPR</Rspn>");
+        };
+    });
 
     EXPECT_EQ(KVRCommunicationController::postXml("<A/>", "https://auth.example/Authorize"), "<Rspn>APPR</Rspn>");
     auto json = KVRCommunicationController::postJSON("{}", "https://mail.example/send");

@@ -15,6 +15,7 @@
 #include <stdexcept>
 #include <string>
 #include "testing/KVRLocalTime.h"
+#include "testing/KVRTestFixture.h"
 
 namespace kvrtest {
 
@@ -65,19 +66,16 @@ inline std::string gpnReply(const std::string& pinBlock, const std::string& keyS
 }
 
 /// Now is 17 May 2024, 14:32:05 local time, and every UUID is the same one,
-/// written in lower case as some sources give it.
+/// written in lower case as some sources give it. The test's end restores
+/// the machine's.
 class FixedClockAndUuid {
 public:
     static constexpr const char* uuid = "1b4e28ba-2fa1-11d2-883f-0016d3cca427";
 
     FixedClockAndUuid() {
         auto now = localTime(2024, 5, 17, 14, 32, 5);
-        KVRClock::setNowProvider([now] { return now; });
-        KVRUUID::setGenerator([] { return std::string(uuid); });
-    }
-    ~FixedClockAndUuid() {
-        KVRClock::setNowProvider({});
-        KVRUUID::setGenerator({});
+        KVRTestFixture::setClock([now] { return now; });
+        KVRTestFixture::setUuidGenerator([] { return std::string(uuid); });
     }
     FixedClockAndUuid(const FixedClockAndUuid&) = delete;
     FixedClockAndUuid& operator=(const FixedClockAndUuid&) = delete;

@@ -4,6 +4,7 @@
 #include "Host/KVRXmlUtil.h"
 #include "testing/KVRTempDirectory.h"
 #include "testing/KVRTestEnvironment.h"
+#include "testing/KVRTestFixture.h"
 
 #include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRDirectories.h>
@@ -41,18 +42,9 @@ TEST(KVRXmlUtil, SavesUnderTheDocumentsDirectory) {
     std::stringstream contents;
     contents << in.rdbuf();
     EXPECT_EQ(contents.str(), "<B/>");
-    KVRDirectories::setDataDirectory(kovraTestDataDirectory());
 }
 
-class KVRServiceEndpointTest : public ::testing::Test {
-protected:
-    void TearDown() override {
-        for (const char* key : {"Kovra Homologation", "Kovra TMS Host", "Kovra TMS Staging Host", "Kovra Authorizer Host",
-                                "Kovra Authorizer Staging Host", "Kovra Mail Host"}) {
-            KVRApplicationInfo::removeValue(key);
-        }
-    }
-};
+class KVRServiceEndpointTest : public KVRTestFixture {};
 
 TEST_F(KVRServiceEndpointTest, HomologationSelectsStagingOnEveryCall) {
     KVRApplicationInfo::setValue("Kovra TMS Host", std::string("tms.example"));

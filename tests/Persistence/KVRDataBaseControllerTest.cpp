@@ -13,6 +13,7 @@
 #include "testing/KVRFakeExchange.h"
 #include "testing/KVRLogCapture.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 #include "testing/KVRWaitUntil.h"
 
 #include <sqlite3.h>
@@ -102,27 +103,23 @@ std::string fileBytes(const std::string& path) {
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-class DataBaseControllerTest : public ::testing::Test {
+class DataBaseControllerTest : public KVRTestFixture {
 protected:
     void SetUp() override { KVRApplicationInfo::setValue("Kovra Debugginho Developer", true); }
-    void TearDown() override {
-        KVRApplicationInfo::removeValue("Kovra Debugginho Developer");
-        KVRReachability::setFlagsOverride(std::nullopt);
-        KVRCommunicationController::setExchangeOverride({});
-    }
 
     std::string legacyPath() const { return KVRDirectories::documentsDirectory() + "/trans.db"; }
     KVRDataBaseController& controller() { return KVRDataBaseController::getsharedInstance(); }
 
     /// Every exchange attempt is counted and fails as if the host were down.
     void countExchanges() {
-        KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
-        KVRCommunicationController::setExchangeOverride(
-            [this](const std::string&, const std::string&, const std::string&, std::optional<KVRError>* error) {
+        KVRTestFixture::setNetworkFlags(KVRReachability::kFlagReachable);
+        changeHooks([this](KVRPlatformHooks& hooks) {
+            hooks.exchange = [this](const KVRHttpRequest&, std::optional<KVRError>& error) {
                 ++exchanges_;
-                *error = KVRError(NSURLErrorDomain, NSURLErrorCannotConnectToHost);
+                error = KVRError(NSURLErrorDomain, NSURLErrorCannotConnectToHost);
                 return std::optional<std::string>();
-            });
+            };
+        });
     }
 
     KVRTemporaryStore store_;
@@ -265,7 +262,7 @@ TEST_F(DataBaseControllerTest, WithoutAMerchantNothingIsMigratedUnlessOneCanBeEn
     EXPECT_EQ(exchanges_, 0) << "an empty code is not enrolled";
 
     KVRPropertyList::writeDictionary(registerPlist, {{"kovracode", std::string("KOVRA-7")}});
-    KVRReachability::setFlagsOverride(0);
+    KVRTestFixture::setNetworkFlags(0);
     controller().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);
     EXPECT_EQ(exchanges_, 0) << "no network: enrolment fails before any exchange";
     EXPECT_TRUE(KVRTransactionModel::findAll().empty());
@@ -280,7 +277,7 @@ TEST_F(DataBaseControllerTest, TheMerchantOfRegisterPlistIsEnrolledAndThenGetsTh
     }
     KVRPropertyList::writeDictionary(KVRDirectories::documentsDirectory() + "/register.plist",
                                      {{"kovracode", std::string("KOVRA-7")}});
-    KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
+    KVRTestFixture::setNetworkFlags(KVRReachability::kFlagReachable);
     KVRFakeExchange host;
     host.replyWith(
         "<Document><AccptrCfgtnUpd><AccptrCfgtn><DataSet><Cntt><MrchntParams><Sak>SAK-7</Sak></MrchntParams>"

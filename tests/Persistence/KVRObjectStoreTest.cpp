@@ -10,13 +10,14 @@
 #include "Persistence/KVRStoreFileInspector.h"
 #include "testing/KVRLogCapture.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 
 #include <filesystem>
 #include <ostream>
 
 namespace {
 
-class KVRObjectStoreTest : public ::testing::Test {
+class KVRObjectStoreTest : public KVRTestFixture {
 protected:
     KVRTransactionModel::Pointer makeTransaction(const std::string& reference, int status = 2) {
         auto transaction = KVRTransactionModel::create();

@@ -8,6 +8,7 @@
 #include "Persistence/KVRStoreFileInspector.h"
 #include "testing/KVRLogCapture.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 
 #include <sqlite3.h>
 
@@ -54,7 +55,7 @@ std::vector<fs::path> movedAside(const std::string& directory) {
     return found;
 }
 
-class KVRStoreFileTest : public ::testing::Test {
+class KVRStoreFileTest : public KVRTestFixture {
 protected:
     KVRTemporaryStore store;
 };

@@ -7,10 +7,11 @@
 #include <ctime>
 #include <ostream>
 #include "testing/KVRLocalTime.h"
+#include "testing/KVRTestFixture.h"
 
 namespace {
 
-class KVRTransactionModelTest : public ::testing::Test {
+class KVRTransactionModelTest : public KVRTestFixture {
 protected:
     KVRTemporaryStore store;
     KVRTransactionModel::Pointer transaction = KVRTransactionModel::create();

@@ -14,6 +14,7 @@
 #include "testing/KVRPinpadReplies.h"
 #include "testing/KVRScriptedPinpad.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 
 #include <map>
 
@@ -33,18 +34,12 @@ std::vector<std::string> names(const std::vector<std::string>& requests) {
     return out;
 }
 
-class CommandControllerTest : public ::testing::Test {
+class CommandControllerTest : public KVRTestFixture {
 protected:
     void SetUp() override {
         KVRCommandController::resetCardVariables();
         ASSERT_TRUE(pinpad_.connectSharedLink());
         KVRPinpadController::sharedController().setConnection(KVRBluetoothConnection::sharedController());
-    }
-    void TearDown() override {
-        KVRBluetoothConnection::resetSharedController();
-        KVRPinpadController::sharedController().setConnection(nullptr);
-        KVRClock::setNowProvider({});
-        KVRCommandController::resetCardVariables();
     }
 
     /// Answers GCR with the status given for its application type (default 1) and everything else with 000.
@@ -115,7 +110,7 @@ TEST_F(CommandControllerTest, AStaleCardReadBeforeTheIdentityIsLoggedMasked) {
 
 TEST_F(CommandControllerTest, CardReadSendsStampAcquirerAndTheClockOfTheRequest) {
     auto moment = kvrtest::localTime(2015, 3, 3, 14, 30, 5);
-    KVRClock::setNowProvider([moment] { return moment; });
+    KVRTestFixture::setClock([moment] { return moment; });
     answerCardReads({}, 0);
 
     KVRCommandController commands;

@@ -21,6 +21,7 @@
 #include <memory>
 #include <string>
 #include "testing/KVRLocalTime.h"
+#include "testing/KVRTestFixture.h"
 
 namespace {
 
@@ -98,9 +99,9 @@ TEST(KVRCommandRequest, TableLoadCountsTheRecordsItCarries) {
 
 TEST(KVRCommandRequest, CardReadCarriesTheClockOnTheTwelveHourDial) {
     auto at = kvrtest::localTime(2015, 3, 3, 14, 30, 5);
-    KVRClock::setNowProvider([at] { return at; });
+    KVRTestFixture::setClock([at] { return at; });
     KVRGcrCommandRequest gcr;
-    KVRClock::setNowProvider({});
+    KVRTestFixture::setClock({});
     gcr.acqidxreq = 8;
     gcr.apptypreq = 2;
     gcr.amount = 0;

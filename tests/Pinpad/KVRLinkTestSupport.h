@@ -4,6 +4,7 @@
 #include <kovra/KVRLoggingUtil.h>
 
 #include "Pinpad/KVRBluetoothConnection.h"
+#include "testing/KVRTestFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -14,23 +15,15 @@
 #include <thread>
 #include <vector>
 
-/// Gives every link test a fresh shared link, its own log capture and the
-/// settings it found.
-class KVRLinkTest : public ::testing::Test {
+/// Gives every link test its own log capture; the base fixture gives it a
+/// fresh shared link and puts the settings back.
+class KVRLinkTest : public KVRTestFixture {
 protected:
     void SetUp() override {
-        saved_ = KVRApplicationInfo::dictionary();
-        KVRBluetoothConnection::resetSharedController();
         KVRLoggingUtil::setSink([this](const std::string& line) {
             std::lock_guard lock(logMutex_);
             log_.push_back(line);
         });
-    }
-    void TearDown() override {
-        KVRBluetoothConnection::resetSharedController();
-        KVRLoggingUtil::setSink({});
-        KVRApplicationInfo::clear();
-        for (auto& [k, v] : saved_) KVRApplicationInfo::setValue(k, v);
     }
 
     std::shared_ptr<KVRBluetoothConnection> link() { return KVRBluetoothConnection::sharedController(); }
@@ -64,7 +57,6 @@ protected:
     }
 
 private:
-    KVRPropertyDictionary saved_;
     std::mutex logMutex_;
     std::vector<std::string> log_;
 };

@@ -3,12 +3,13 @@
 #include <kovra/KVRApplicationInfo.h>
 
 #include "Platform/KVRAccessoryManager.h"
-#include "Platform/KVRMemoryAccessory.h"
-#include "Platform/KVRMemoryChannel.h"
+#include "testing/KVRMemoryAccessory.h"
+#include "testing/KVRMemoryChannel.h"
 #include "Platform/KVRSerialAccessory.h"
 #include "Platform/KVRTcpAccessory.h"
 #include "testing/KVRPseudoTerminal.h"
 #include "testing/KVRTempDirectory.h"
+#include "testing/KVRTestFixture.h"
 
 #include <arpa/inet.h>
 #include <fstream>
@@ -225,21 +226,12 @@ TEST(KVRTcpAccessory, UrlsNameHostAndPort) {
         EXPECT_FALSE(KVRTcpAccessory::fromUrl(bad)) << bad;
 }
 
-class KVRAccessoryManagerTest : public ::testing::Test {
-protected:
-    void SetUp() override { saved_ = KVRApplicationInfo::dictionary(); }
-    void TearDown() override {
-        KVRAccessoryManager::sharedAccessoryManager().unregisterAllAccessories();
-        KVRApplicationInfo::clear();
-        for (auto& [k, v] : saved_) KVRApplicationInfo::setValue(k, v);
-    }
-    KVRPropertyDictionary saved_;
-};
+class KVRAccessoryManagerTest : public KVRTestFixture {};
 
 TEST_F(KVRAccessoryManagerTest, ListsRegisteredThenConfiguredDevices) {
     auto& manager = KVRAccessoryManager::sharedAccessoryManager();
     auto memory = std::make_shared<KVRMemoryAccessory>("Bench PIN pad");
-    manager.registerAccessory(memory);
+    KVRTestFixture::addAccessory(memory);
     KVRApplicationInfo::setValue("Kovra Pinpad", std::string(
         " /dev/ttyACM7 , tcp://127.0.0.1:7000,/dev/ttyUSB3@115200, tcp://broken, /dev/ttyS0@123,,"));
 
@@ -251,7 +243,7 @@ TEST_F(KVRAccessoryManagerTest, ListsRegisteredThenConfiguredDevices) {
                                                             {"/dev/ttyACM7", P{"abecs-19200"}},
                                                             {"tcp://127.0.0.1:7000", P{"abecs"}},
                                                             {"/dev/ttyUSB3", P{"abecs-115200"}}}));
-    manager.unregisterAccessory(memory);
+    KVRTestFixture::removeAccessory(memory);
     EXPECT_EQ(manager.connectedAccessories().size(), 3u);
 }
 
@@ -271,7 +263,7 @@ TEST_F(KVRAccessoryManagerTest, EnumeratedPortsAreFilteredToPinpads) {
     // Without the setting the list still starts with what the application registered.
     KVRApplicationInfo::removeValue("Kovra Pinpad");
     auto memory = std::make_shared<KVRMemoryAccessory>();
-    KVRAccessoryManager::sharedAccessoryManager().registerAccessory(memory);
+    KVRTestFixture::addAccessory(memory);
     auto list = KVRAccessoryManager::sharedAccessoryManager().connectedAccessories();
     ASSERT_FALSE(list.empty());
     EXPECT_EQ(list.front(), memory);

@@ -7,6 +7,7 @@
 #include "Platform/KVRPropertyList.h"
 #include "testing/KVRTempDirectory.h"
 #include "testing/KVRTestEnvironment.h"
+#include "testing/KVRTestFixture.h"
 
 #include <cstdlib>
 #include <fstream>
@@ -15,16 +16,8 @@
 namespace {
 
 // Restores the dictionary the test main installed.
-class ApplicationInfoTest : public ::testing::Test {
+class ApplicationInfoTest : public KVRTestFixture {
 protected:
-    void SetUp() override { saved_ = KVRApplicationInfo::dictionary(); }
-    void TearDown() override {
-        KVRApplicationInfo::clear();
-        for (auto& [k, v] : saved_) KVRApplicationInfo::setValue(k, v);
-        KVRLoggingUtil::setSink({});
-        KVRDirectories::setDataDirectory(kovraTestDataDirectory());
-    }
-    KVRPropertyDictionary saved_;
     KVRTempDirectory dir_;
 };
 

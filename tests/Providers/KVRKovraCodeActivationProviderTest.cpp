@@ -12,6 +12,7 @@
 #include "testing/KVRCompletionRecorder.h"
 #include "testing/KVRFakeExchange.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 
 #include <string>
 #include <thread>
@@ -40,15 +41,11 @@ struct Outcome {
     std::optional<KVRError> error;
 };
 
-class ActivationTest : public ::testing::Test {
+class ActivationTest : public KVRTestFixture {
 protected:
     void SetUp() override {
-        KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
+        KVRTestFixture::setNetworkFlags(KVRReachability::kFlagReachable);
         KVRApplicationInfo::setValue("Kovra TMS Host", std::string("tms.test:8443"));
-    }
-    void TearDown() override {
-        KVRReachability::setFlagsOverride(std::nullopt);
-        KVRApplicationInfo::removeValue("Kovra TMS Host");
     }
 
     /// Enrols through the provider and waits for the pool's completion(s).
@@ -129,7 +126,7 @@ TEST_F(ActivationTest, PreconditionsFailOnTheCallersThreadBeforeAnyExchange) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        KVRReachability::setFlagsOverride(row.flags);
+        KVRTestFixture::setNetworkFlags(row.flags);
         KVRCompletionRecorder recorder;
         KVRKovraCodeActivationProvider::activateKovraCode(row.code, recorder.block());
         ASSERT_EQ(recorder.count(), 1u) << "reported before returning";

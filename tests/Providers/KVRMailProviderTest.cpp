@@ -9,6 +9,7 @@
 #include "Utils/KVRReachability.h"
 #include "testing/KVRFakeExchange.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 
 #include <nlohmann/json.hpp>
 
@@ -46,15 +47,11 @@ private:
     std::promise<Outcome> promise_;
 };
 
-class MailProviderTest : public ::testing::Test {
+class MailProviderTest : public KVRTestFixture {
 protected:
     void SetUp() override {
-        KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
+        KVRTestFixture::setNetworkFlags(KVRReachability::kFlagReachable);
         exchange_.replyWith(R"({"status":"sent"})");
-    }
-    void TearDown() override {
-        KVRReachability::setFlagsOverride(std::nullopt);
-        KVRApplicationInfo::removeValue("Kovra Support Mailbox");
     }
     KVRTemporaryStore store_;
     KVRFakeExchange exchange_;
@@ -111,7 +108,7 @@ TEST_F(MailProviderTest, FailuresOfTheServiceAreMessageErrors) {
 }
 
 TEST_F(MailProviderTest, WithoutNetworkNothingIsSentAndTheCallerHearsAtOnce) {
-    KVRReachability::setFlagsOverride(0);
+    KVRTestFixture::setNetworkFlags(0);
     auto transaction = KVRTransactionModel::create();
     std::vector<Outcome> outcomes;
     auto record = [&outcomes](bool success, std::optional<KVRError> error) {
@@ -173,7 +170,6 @@ TEST_F(MailProviderTest, FeedbackGoesToTheSupportMailboxThroughTheApplicationsEx
                                         {"mail_header", {{"subject", "Feedback - iOS"}, {"to", row.expected}}},
                                         {"body_parameters", {{"body_message", "O leitor travou"}}}}));
     }
-    KVRQueues::setMainExecutor(nullptr);
 }
 
 }  // namespace

@@ -19,6 +19,7 @@
 #include "testing/KVRPinpadReplies.h"
 #include "testing/KVRScriptedPinpad.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 
 #include <future>
 
@@ -43,14 +44,8 @@ std::thread::id mainWorkerThread() {
     return id;
 }
 
-class PinpadProvidersTest : public ::testing::Test {
+class PinpadProvidersTest : public KVRTestFixture {
 protected:
-    void TearDown() override {
-        KVRQueues::setMainExecutor({});
-        KVRAccessoryManager::sharedAccessoryManager().unregisterAllAccessories();
-        KVRBluetoothConnection::resetSharedController();
-        KVRPinpadController::sharedController().setConnection(nullptr);
-    }
     void connect() {
         ASSERT_TRUE(pinpad_.connectSharedLink());
         KVRPinpadController::sharedController().setConnection(KVRBluetoothConnection::sharedController());
@@ -131,7 +126,6 @@ TEST_F(PinpadProvidersTest, DisplayOverASilentLinkReportsInsteadOfHanging) {
     KVRCompletionRecorder recorder;
     KVRDisplayProvider::displayMessage("OLA", recorder.block());
     ASSERT_TRUE(recorder.waitForCalls(1));
-    KVRApplicationInfo::removeValue("Kovra Pinpad Read Timeout");
     EXPECT_FALSE(recorder.calls()[0].success);
     EXPECT_EQ(recorder.calls()[0].error->code(), 101);
 }
@@ -192,7 +186,6 @@ TEST_F(PinpadProvidersTest, CardWithoutPinpadFailsOnTheCallersThread) {
 // ---- Connection ----
 
 TEST_F(PinpadProvidersTest, ConnectUsesTheFirstAccessoryAndCompletesBeforeReturning) {
-    auto& manager = KVRAccessoryManager::sharedAccessoryManager();
     KVRCompletionRecorder recorder;
     KVRPinPadConnectionProvider::connectToPinpad(recorder.block());
     ASSERT_EQ(recorder.count(), 1u);
@@ -200,13 +193,13 @@ TEST_F(PinpadProvidersTest, ConnectUsesTheFirstAccessoryAndCompletesBeforeReturn
 
     auto refusing = std::make_shared<KVRMemoryAccessory>("refusing", std::vector<std::string>{"one", "two", "three"});
     refusing->setRefusesSessions(true);
-    manager.registerAccessory(refusing);
-    manager.registerAccessory(pinpad_.accessory());
+    KVRTestFixture::addAccessory(refusing);
+    KVRTestFixture::addAccessory(pinpad_.accessory());
     KVRPinPadConnectionProvider::connectToPinpad(recorder.block());
     ASSERT_EQ(recorder.count(), 2u);
     EXPECT_EQ(recorder.calls()[1].error->code(), 303) << "every protocol of the first accessory fails";
 
-    manager.unregisterAccessory(refusing);
+    KVRTestFixture::removeAccessory(refusing);
     KVRPinPadConnectionProvider::connectToPinpad(recorder.block());
     ASSERT_EQ(recorder.count(), 3u);
     EXPECT_TRUE(recorder.calls()[2].success);

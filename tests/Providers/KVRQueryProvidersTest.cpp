@@ -22,6 +22,7 @@
 #include "testing/KVRPinpadReplies.h"
 #include "testing/KVRScriptedPinpad.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 #include "testing/KVRWaitUntil.h"
 
 #include <condition_variable>
@@ -79,14 +80,8 @@ private:
     std::vector<Call> calls_;
 };
 
-class QueryProvidersTest : public ::testing::Test {
+class QueryProvidersTest : public KVRTestFixture {
 protected:
-    void TearDown() override {
-        KVRReachability::setFlagsOverride(std::nullopt);
-        KVRAccessoryManager::sharedAccessoryManager().unregisterAllAccessories();
-        KVRBluetoothConnection::resetSharedController();
-        KVRPinpadController::sharedController().setConnection(nullptr);
-    }
     std::string registerPlist() const { return KVRDirectories::documentsDirectory() + "/register.plist"; }
 
     KVRTemporaryStore store_;
@@ -216,7 +211,7 @@ TEST_F(QueryProvidersTest, UserViewOfTheStoredMerchant) {
 }
 
 TEST_F(QueryProvidersTest, UserViewOfRegisterPlistReEnrolsItsMerchant) {
-    KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
+    KVRTestFixture::setNetworkFlags(KVRReachability::kFlagReachable);
     KVRFakeExchange host;
     host.replyWith("<AccptrCfgtnUpd><AccptrCfgtn><DataSet><Cntt><MrchntParams><Sak>SAK-9</Sak></MrchntParams>"
                    "</Cntt></DataSet></AccptrCfgtn></AccptrCfgtnUpd>");
@@ -245,7 +240,7 @@ TEST_F(QueryProvidersTest, UserViewOfRegisterPlistReEnrolsItsMerchant) {
 }
 
 TEST_F(QueryProvidersTest, UnusableRegisterPlistGivesAnEmptyViewAndNoEnrolment) {
-    KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
+    KVRTestFixture::setNetworkFlags(KVRReachability::kFlagReachable);
     KVRFakeExchange host;
     struct Row {
         const char* name;

@@ -13,19 +13,14 @@
 #include "Utils/KVRReachability.h"
 #include "testing/KVRScriptedPinpad.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 
 #include <filesystem>
 
 namespace {
 
-class ValidationProviderTest : public ::testing::Test {
+class ValidationProviderTest : public KVRTestFixture {
 protected:
-    void TearDown() override {
-        KVRReachability::setFlagsOverride(std::nullopt);
-        KVRAccessoryManager::sharedAccessoryManager().unregisterAllAccessories();
-        KVRBluetoothConnection::resetSharedController();
-        KVRPinpadController::sharedController().setConnection(nullptr);
-    }
     std::string registerPlist() const { return KVRDirectories::documentsDirectory() + "/register.plist"; }
     KVRTemporaryStore store_;
 };
@@ -66,13 +61,12 @@ TEST_F(ValidationProviderTest, NetworkStatusOneOrTwoCountsAsConnected) {
         {R::kFlagReachable | R::kFlagIsWWAN, true},
     };
     for (const auto& row : rows) {
-        R::setFlagsOverride(row.flags);
+        KVRTestFixture::setNetworkFlags(row.flags);
         EXPECT_EQ(KVRValidationProvider::validateConnectionToNetWork(), row.connected) << row.flags;
     }
-    R::setFlagsOverride(std::nullopt);
+    KVRTestFixture::setNetworkFlags(std::nullopt);
     KVRApplicationInfo::setValue("Kovra Reachability Host", std::string("127.0.0.1"));
     EXPECT_TRUE(KVRValidationProvider::validateConnectionToNetWork());
-    KVRApplicationInfo::removeValue("Kovra Reachability Host");
 }
 
 TEST_F(ValidationProviderTest, PinpadConnectionUsesTheFirstAccessoryAndItsFirstWorkingProtocol) {
@@ -83,16 +77,15 @@ TEST_F(ValidationProviderTest, PinpadConnectionUsesTheFirstAccessoryAndItsFirstW
     KVRScriptedPinpad first, second;
     auto refusing = std::make_shared<KVRMemoryAccessory>("refusing", std::vector<std::string>{"abecs"});
     refusing->setRefusesSessions(true);
-    auto& manager = KVRAccessoryManager::sharedAccessoryManager();
-    manager.registerAccessory(refusing);
-    manager.registerAccessory(first.accessory());
+    KVRTestFixture::addAccessory(refusing);
+    KVRTestFixture::addAccessory(first.accessory());
     KVRPinpadController::sharedController().connectWithPaired();
     EXPECT_FALSE(KVRValidationProvider::validatePinpadConnection()) << "only the first accessory is tried";
 
-    manager.unregisterAllAccessories();
+    KVRTestFixture::removeAllAccessories();
     auto multi = std::make_shared<KVRMemoryAccessory>("multi", std::vector<std::string>{"other", "abecs"});
-    manager.registerAccessory(multi);
-    manager.registerAccessory(second.accessory());
+    KVRTestFixture::addAccessory(multi);
+    KVRTestFixture::addAccessory(second.accessory());
     KVRPinpadController::sharedController().connectWithPaired();
     EXPECT_TRUE(KVRValidationProvider::validatePinpadConnection());
     EXPECT_EQ(KVRBluetoothConnection::sharedController()->accessory(), multi);

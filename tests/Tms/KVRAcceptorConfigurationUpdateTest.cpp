@@ -8,6 +8,7 @@
 #include "Tms/KVRAcceptorConfigurationUpdate.h"
 #include "Tms/KVRAddressElement.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 
 namespace {
 
@@ -48,7 +49,7 @@ const Wrapping kWrappings[] = {
     {"InSloppyDocument", "<Document xmlns=urn:AcceptorConfigurationUpdateV02.1>", ""},
 };
 
-class KVRAcceptorConfigurationUpdateTest : public ::testing::TestWithParam<Wrapping> {
+class KVRAcceptorConfigurationUpdateTest : public KVRTestFixture, public ::testing::WithParamInterface<Wrapping> {
 protected:
     KVRTemporaryStore store;
 };

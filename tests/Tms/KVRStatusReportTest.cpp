@@ -6,19 +6,19 @@
 #include "Host/XMLWriter.h"
 #include "Tms/KVRStatusReportFactory.h"
 #include "Utils/KVRClock.h"
+#include "testing/KVRTestFixture.h"
 
 #include <functional>
 
 namespace {
 
-class KVRStatusReportTest : public ::testing::Test {
+class KVRStatusReportTest : public KVRTestFixture {
 protected:
     // 09:07:05 on the machine's own clock face, whatever its time zone, so the
     // expected documents can be written by hand.
     void SetUp() override {
-        KVRClock::setNowProvider([] { return kvrtest::localTime(2024, 5, 3, 9, 7, 5); });
+        KVRTestFixture::setClock([] { return kvrtest::localTime(2024, 5, 3, 9, 7, 5); });
     }
-    void TearDown() override { KVRClock::setNowProvider({}); }
 };
 
 TEST_F(KVRStatusReportTest, EnrolmentReportMatchesTheExpectedDocumentWithTheKovraCodeEscaped) {

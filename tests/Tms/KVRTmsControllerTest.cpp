@@ -20,6 +20,7 @@
 #include "testing/KVRPinpadReplies.h"
 #include "testing/KVRScriptedPinpad.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 
 #include <mutex>
 #include <thread>
@@ -38,9 +39,8 @@ void storeTables(const std::string& aid, const std::string& capk) {
 
 // ---- Download ----
 
-class TableDownloadTest : public ::testing::Test {
+class TableDownloadTest : public KVRTestFixture {
 protected:
-    void TearDown() override { KVRReachability::setFlagsOverride(std::nullopt); }
 
     void download(const std::optional<std::string>& key) {
         KVRTmsController tms;
@@ -131,13 +131,13 @@ TEST_F(TableDownloadTest, NoSaleAffiliationKeyPostsNothing) {
 }
 
 TEST_F(TableDownloadTest, ProviderChecksNetworkThenEnrolmentOnTheCallersThread) {
-    KVRReachability::setFlagsOverride(0);
+    KVRTestFixture::setNetworkFlags(0);
     KVRTableDownloaderProvider::downLoadTables(recorder_.block());
     ASSERT_EQ(recorder_.count(), 1u);
     EXPECT_EQ(recorder_.calls()[0].error->code(), 601) << "network first, even without a merchant";
     EXPECT_EQ(recorder_.calls()[0].thread, std::this_thread::get_id());
 
-    KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
+    KVRTestFixture::setNetworkFlags(KVRReachability::kFlagReachable);
     KVRTableDownloaderProvider::downLoadTables(recorder_.block());
     ASSERT_EQ(recorder_.count(), 2u);
     EXPECT_EQ(recorder_.calls()[1].error->code(), 201);
@@ -145,7 +145,7 @@ TEST_F(TableDownloadTest, ProviderChecksNetworkThenEnrolmentOnTheCallersThread) 
 }
 
 TEST_F(TableDownloadTest, ProviderDownloadsForTheFirstMerchantOnAHostPool) {
-    KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
+    KVRTestFixture::setNetworkFlags(KVRReachability::kFlagReachable);
     for (const char* key : {"SAK-FIRST", "SAK-SECOND"}) {
         auto merchant = KVRMerchantModel::create();
         merchant->setSaleAffiliationKey(std::string(key));
@@ -165,7 +165,7 @@ TEST_F(TableDownloadTest, ProviderDownloadsForTheFirstMerchantOnAHostPool) {
 
 // ---- Load ----
 
-class TableLoadTest : public ::testing::Test {
+class TableLoadTest : public KVRTestFixture {
 protected:
     void SetUp() override {
         ASSERT_TRUE(pinpad_.connectSharedLink());
@@ -179,8 +179,6 @@ protected:
     }
     void TearDown() override {
         KVRNotificationCenter::defaultCenter().removeObserver(token_);
-        KVRBluetoothConnection::resetSharedController();
-        KVRPinpadController::sharedController().setConnection(nullptr);
     }
 
     KVRCompletionRecorder::Call load() {

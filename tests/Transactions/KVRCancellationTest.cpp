@@ -13,6 +13,7 @@
 #include "testing/KVRFakeExchange.h"
 #include "testing/KVRLogCapture.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 
 #include <functional>
 #include <string>
@@ -36,20 +37,15 @@ std::string withCode(const std::string& code) {
 
 const KVRError kTimedOut(NSURLErrorDomain, NSURLErrorTimedOut);
 
-class CancellationTest : public ::testing::Test {
+class CancellationTest : public KVRTestFixture {
 protected:
     void SetUp() override {
-        KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
+        KVRTestFixture::setNetworkFlags(KVRReachability::kFlagReachable);
         KVRApplicationInfo::setValue("Kovra Authorizer Host", std::string("auth.test"));
         merchant_ = KVRMerchantModel::create();
         merchant_->setKovracode(std::string("KOVRA-1"));
         merchant_->setSaleAffiliationKey(std::string("1234-5678"));
         merchant_->save();
-    }
-    void TearDown() override {
-        KVRReachability::setFlagsOverride(std::nullopt);
-        KVRApplicationInfo::removeValue("Kovra Authorizer Host");
-        KVRApplicationInfo::removeValue("Kovra Debugginho Developer");
     }
 
     std::shared_ptr<KVRTransactionModel> approvedSale() {
@@ -164,7 +160,7 @@ TEST_F(CancellationTest, ChecksRunInOrderOnTheCallersThreadWithoutTraffic) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        KVRReachability::setFlagsOverride(row.flags);
+        KVRTestFixture::setNetworkFlags(row.flags);
         if (!row.enrolled && merchant_) {
             merchant_->deleteRecord();
             merchant_ = nullptr;

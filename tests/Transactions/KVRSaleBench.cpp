@@ -12,6 +12,7 @@
 #include "Utils/KVRReachability.h"
 #include "testing/KVREmvTableSamples.h"
 #include "testing/KVRPinpadReplies.h"
+#include "testing/KVRTestFixture.h"
 
 #include <gtest/gtest.h>
 
@@ -76,19 +77,16 @@ KVRSaleBench::KVRSaleBench()
         if (reply.urlError) *error = KVRError(NSURLErrorDomain, *reply.urlError);
         return reply.body;
     });
-    KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
-    KVRCommandController::resetCardVariables();
+    KVRTestFixture::setNetworkFlags(KVRReachability::kFlagReachable);
     EXPECT_TRUE(pinpad_.connectSharedLink());
     KVRPinpadController::sharedController().setConnection(KVRBluetoothConnection::sharedController());
 }
 
+// The link lets go of the scripted PIN pad before it goes; the rest is put
+// back when the test ends.
 KVRSaleBench::~KVRSaleBench() {
     KVRPinpadController::sharedController().setConnection(nullptr);
     KVRBluetoothConnection::resetSharedController();
-    KVRReachability::setFlagsOverride(std::nullopt);
-    KVRCommandController::resetCardVariables();
-    KVRApplicationInfo::removeValue("Kovra Pinpad Read Timeout");
-    KVRQueues::setMainExecutor(nullptr);
 }
 
 void KVRSaleBench::answer(const std::string& command, std::vector<std::string> replies) {

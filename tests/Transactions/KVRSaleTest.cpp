@@ -7,6 +7,7 @@
 #include "Transactions/KVRSaleBench.h"
 #include "testing/KVRLogCapture.h"
 #include "testing/KVRPinpadReplies.h"
+#include "testing/KVRTestFixture.h"
 
 #include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRDirectories.h>
@@ -239,7 +240,7 @@ std::vector<SaleRow> stripeRows() {
     };
 }
 
-class SaleTest : public ::testing::TestWithParam<SaleRow> {};
+class SaleTest : public KVRTestFixture, public ::testing::WithParamInterface<SaleRow> {};
 
 TEST_P(SaleTest, EndsWithItsResultMessagesAndRecord) {
     const SaleRow& row = GetParam();
@@ -295,15 +296,14 @@ std::string padded(const std::string& text, size_t width) {
     return out;
 }
 
-class SaleFlowTest : public ::testing::Test {
+class SaleFlowTest : public KVRTestFixture {
 protected:
-    void TearDown() override { KVRClock::setNowProvider({}); }
     Bench bench_;
 };
 
 TEST_F(SaleFlowTest, AnApprovedChipSaleIsStoredWithTheHostsKeysBeforeTheCardIsTold) {
     auto now = std::chrono::system_clock::from_time_t(1718000000);
-    KVRClock::setNowProvider([now] { return now; });
+    KVRTestFixture::setClock([now] { return now; });
     std::optional<std::string> storedCodeAtFnc;
     bench_.setObserver([&](const std::string& request) {
         if (request.rfind("FNC", 0) != 0) return;
@@ -351,7 +351,6 @@ TEST_F(SaleFlowTest, TheDebugLogShowsTheRequestWithoutTheCardNumber) {
     KVRApplicationInfo::setValue("Kovra Debugginho Developer", true);
     bench_.answer("FNC", {fncReply(0, 0)});
     ASSERT_TRUE(bench_.sell(Bench::newSale(1000)).success);
-    KVRApplicationInfo::removeValue("Kovra Debugginho Developer");
     EXPECT_TRUE(log.contains("<AccptrAuthstnReq>")) << "the request is logged";
     EXPECT_TRUE(log.contains(std::string("-----> ") + Bench::kReceiptKey));
     EXPECT_TRUE(log.contains("0010"));

@@ -12,6 +12,7 @@
 #include "testing/KVRLocalTime.h"
 #include "testing/KVRLogCapture.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 
 namespace {
 
@@ -83,19 +84,14 @@ TEST(TransactionControllerTest, AidComesFromTheStoredTableRecordOfTheCard) {
     tables->setAidTable("<AidTbl><Aid>");
     tables->save();
     EXPECT_EQ(controller.getTransactionAidWithGcrResponse(cardWithRecord(1)), std::nullopt);
-    KVRApplicationInfo::removeValue("Kovra Debugginho Developer");
 }
 
-class InitiatorKeyTest : public ::testing::Test {
+class InitiatorKeyTest : public KVRTestFixture {
 protected:
     void SetUp() override {
         auto now = kvrtest::localTime(2031, 7, 15, 12);
-        KVRClock::setNowProvider([now] { return now; });
+        KVRTestFixture::setClock([now] { return now; });
         KVRApplicationInfo::setValue("CFBundleVersion", std::string("2.10.3"));
-    }
-    void TearDown() override {
-        KVRClock::setNowProvider({});
-        KVRApplicationInfo::removeValue("CFBundleVersion");
     }
     static void storeTransactions(int count) {
         for (int i = 0; i < count; ++i) KVRTransactionModel::create();

@@ -9,6 +9,7 @@
 #include "Pinpad/KVRPinpadController.h"
 #include "Transactions/KVRSaleBench.h"
 #include "Utils/KVRReachability.h"
+#include "testing/KVRTestFixture.h"
 
 #include <condition_variable>
 #include <functional>
@@ -25,7 +26,7 @@ struct EntryRow {
 };
 
 TEST(TransactionProviderTest, EntryChecksFailInOrderAtOnceAndSendNothing) {
-    auto networkDown = [](Bench&) { KVRReachability::setFlagsOverride(0); };
+    auto networkDown = [](Bench&) { KVRTestFixture::setNetworkFlags(0); };
     auto noMerchant = [](Bench&) { KVRMerchantModel::findFirst()->deleteRecord(); };
     auto noPinpad = [](Bench&) { KVRPinpadController::sharedController().setConnection(nullptr); };
     EntryRow rows[] = {
@@ -193,7 +194,6 @@ TEST(TransactionProviderTest, CompletionsArriveOnTheMainWorkerOrThroughTheApplic
     ASSERT_EQ(second.count(), 1u);
     EXPECT_EQ(second.calls()[0].thread, std::this_thread::get_id());
     EXPECT_TRUE(second.calls()[0].success);
-    KVRQueues::setMainExecutor(nullptr);
 }
 
 }  // namespace

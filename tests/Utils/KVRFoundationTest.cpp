@@ -8,6 +8,7 @@
 #include "Utils/KVRArrayUtil.h"
 #include "Utils/KVRStringUtil.h"
 #include "Utils/KVRUUID.h"
+#include "testing/KVRTestFixture.h"
 
 #include <atomic>
 #include <future>
@@ -49,9 +50,9 @@ TEST(KVRUUID, RandomUuidsAreUpperCaseVersionFourAndDistinct) {
     std::string a = KVRUUID::uuidString(), b = KVRUUID::uuidString();
     EXPECT_TRUE(std::regex_match(a, form)) << a;
     EXPECT_NE(a, b);
-    KVRUUID::setGenerator([] { return std::string("FIXED"); });
+    KVRTestFixture::setUuidGenerator([] { return std::string("FIXED"); });
     EXPECT_EQ(KVRUUID::uuidString(), "FIXED");
-    KVRUUID::setGenerator({});
+    KVRTestFixture::setUuidGenerator({});
     EXPECT_NE(KVRUUID::uuidString(), "FIXED");
 }
 

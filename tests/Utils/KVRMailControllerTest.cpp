@@ -10,15 +10,15 @@
 #include "testing/KVRFakeExchange.h"
 #include "testing/KVRLocalTime.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 
 namespace {
 
 using json = nlohmann::json;
 
-class MailControllerTest : public ::testing::Test {
+class MailControllerTest : public KVRTestFixture {
 protected:
     void SetUp() override { KVRApplicationInfo::setValue("Kovra Mail Host", std::string("mail.test:8443")); }
-    void TearDown() override { KVRApplicationInfo::removeValue("Kovra Mail Host"); }
 
     std::shared_ptr<KVRTransactionModel> soldTransaction() {
         auto address = KVRAddressModel::create();

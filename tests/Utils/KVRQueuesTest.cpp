@@ -58,7 +58,6 @@ TEST(KVRQueues, CompletionsGoThroughTheInstalledMainExecutor) {
         KVRQueues::deliverOnMain([&] { delivered.set_value(std::this_thread::get_id()); });
     });
     EXPECT_EQ(delivered.get_future().get(), loop.id());
-    KVRQueues::setMainExecutor({});
 }
 
 TEST(KVRQueues, WithoutExecutorCompletionsRunOnTheMainWorker) {

@@ -7,6 +7,7 @@
 #include "Utils/KVRRouteProbe.h"
 #include "testing/KVRLogCapture.h"
 #include "testing/KVRTempDirectory.h"
+#include "testing/KVRTestFixture.h"
 
 #include <arpa/inet.h>
 #include <net/if.h>
@@ -30,11 +31,7 @@ constexpr uint32_t Intervention = R::kFlagInterventionRequired;
 constexpr uint32_t Direct = R::kFlagIsDirect;
 constexpr uint32_t WWAN = R::kFlagIsWWAN;
 
-// Clears the flags override however a test ends.
-class KVRReachabilityTest : public ::testing::Test {
-protected:
-    void TearDown() override { KVRReachability::setFlagsOverride(std::nullopt); }
-};
+class KVRReachabilityTest : public KVRTestFixture {};
 
 TEST_F(KVRReachabilityTest, NetworkStatusForFlags) {
     struct Row {
@@ -89,21 +86,21 @@ TEST_F(KVRReachabilityTest, TheOverrideDecidesForEveryKindOfInstance) {
     auto internet = KVRReachability::reachabilityForInternetConnection();
     auto wifi = KVRReachability::reachabilityForLocalWiFi();
 
-    KVRReachability::setFlagsOverride(0);
+    KVRTestFixture::setNetworkFlags(0);
     EXPECT_EQ(host->currentReachabilityStatus(), NotReachable);
     EXPECT_EQ(internet->currentReachabilityStatus(), NotReachable);
     EXPECT_EQ(wifi->currentReachabilityStatus(), NotReachable);
 
-    KVRReachability::setFlagsOverride(Reach | WWAN);
+    KVRTestFixture::setNetworkFlags(Reach | WWAN);
     EXPECT_EQ(host->currentReachabilityStatus(), ReachableViaWWAN);
     EXPECT_EQ(wifi->currentReachabilityStatus(), NotReachable);  // the local probe needs a direct link
 
-    KVRReachability::setFlagsOverride(Reach | Required | Direct);
+    KVRTestFixture::setNetworkFlags(Reach | Required | Direct);
     EXPECT_TRUE(host->connectionRequired());
     EXPECT_EQ(host->currentReachabilityStatus(), NotReachable);
     EXPECT_EQ(wifi->currentReachabilityStatus(), ReachableViaWiFi);
 
-    KVRReachability::setFlagsOverride(std::nullopt);
+    KVRTestFixture::setNetworkFlags(std::nullopt);
     EXPECT_EQ(host->currentReachabilityStatus(), ReachableViaWiFi);
     EXPECT_FALSE(host->connectionRequired());
 }
@@ -197,17 +194,17 @@ private:
 
 TEST_F(KVRReachabilityTest, TheNotifierPostsTheInstanceWhenItsFlagsChange) {
     ChangeRecorder recorder;
-    KVRReachability::setFlagsOverride(Reach);
+    KVRTestFixture::setNetworkFlags(Reach);
     auto reachability = KVRReachability::reachabilityWithHostName("127.0.0.1");
     ASSERT_TRUE(reachability->startNotifier());
 
-    KVRReachability::setFlagsOverride(0);
+    KVRTestFixture::setNetworkFlags(0);
     auto posted = recorder.waitFor(1);
     ASSERT_EQ(posted.size(), 1u);
     EXPECT_EQ(posted.front(), reachability);
     EXPECT_EQ(posted.front()->currentReachabilityStatus(), NotReachable);
 
-    KVRReachability::setFlagsOverride(Reach | WWAN);
+    KVRTestFixture::setNetworkFlags(Reach | WWAN);
     EXPECT_EQ(recorder.waitFor(2).size(), 2u);
     reachability->stopNotifier();
     reachability.reset();
@@ -233,7 +230,7 @@ TEST_F(KVRReachabilityTest, AnObserverMayStopTheNotifierAndDropTheLastReference)
             stopped.notify_all();
         });
     ASSERT_TRUE(reachability->startNotifier());
-    KVRReachability::setFlagsOverride(0);
+    KVRTestFixture::setNetworkFlags(0);
     {
         std::unique_lock lock(mutex);
         EXPECT_TRUE(stopped.wait_for(lock, std::chrono::seconds(10), [&] { return done; }));

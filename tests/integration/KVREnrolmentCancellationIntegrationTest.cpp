@@ -21,6 +21,7 @@
 #include "testing/KVRProcess.h"
 #include "testing/KVRTempDirectory.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 #include "testing/KVRWaitUntil.h"
 
 #include <sqlite3.h>
@@ -42,13 +43,12 @@ const std::string kSecondCode = "KOVRA-0002";
 
 /// The real acquirer emulator on loopback, driven through the public
 /// providers; its request log shows what reached it.
-class EnrolmentCancellationIntegrationTest : public ::testing::Test {
+class EnrolmentCancellationIntegrationTest : public KVRTestFixture {
 protected:
     void SetUp() override {
 #ifndef KOVRA_ACQUIRER_SIM_BINARY
         GTEST_SKIP() << "kovra-acquirer-sim is not built";
 #else
-        saved_ = KVRApplicationInfo::dictionary();
         acquirer_ = std::make_unique<KVRProcess>(
             KOVRA_ACQUIRER_SIM_BINARY, std::vector<std::string>{"--port", "0", "--state", state_.path()});
         auto ready = acquirer_->waitForLine(kAcquirerReady, 30s);
@@ -67,8 +67,6 @@ protected:
         if (!acquirer_) return;
         // The emulator waits for idle keep-alive connections (2 s) before it ends.
         EXPECT_EQ(acquirer_->stop(10s), 0) << "the acquirer emulator did not end cleanly";
-        KVRApplicationInfo::clear();
-        for (auto& [key, value] : saved_) KVRApplicationInfo::setValue(key, value);
     }
 
     /// The emulator's request log, one line per request.
@@ -128,7 +126,6 @@ protected:
     KVRTemporaryStore store_;
     KVRTempDirectory state_;
     std::unique_ptr<KVRProcess> acquirer_;
-    KVRPropertyDictionary saved_;
 };
 
 TEST_F(EnrolmentCancellationIntegrationTest, EnrolKnownUnknownTwiceThenDeactivateAndEnrolAgain) {

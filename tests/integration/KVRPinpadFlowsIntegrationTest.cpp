@@ -19,6 +19,7 @@
 #include "testing/KVRProcess.h"
 #include "testing/KVRTempDirectory.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 
 #include <fstream>
 #include <memory>
@@ -35,13 +36,12 @@ const std::string kCardPan = "5555555555554444";
 
 /// The real PIN pad emulator on a pseudo-terminal (and, for the tests that
 /// need it, the real acquirer emulator), driven through the public providers.
-class PinpadFlowsIntegrationTest : public ::testing::Test {
+class PinpadFlowsIntegrationTest : public KVRTestFixture {
 protected:
     void SetUp() override {
 #ifndef KOVRA_PINPAD_SIM_BINARY
         GTEST_SKIP() << "kovra-pinpad-sim is not built";
 #else
-        saved_ = KVRApplicationInfo::dictionary();
         pinpad_ = std::make_unique<KVRProcess>(
             KOVRA_PINPAD_SIM_BINARY, std::vector<std::string>{"--state", pinpadState_.path(), "--command-log",
                                                               commandLogPath(), "--card", "stripe-pin"});
@@ -56,13 +56,11 @@ protected:
     }
 
     void TearDown() override {
+        // The link lets go of the emulator's terminal before the emulator stops.
         KVRBluetoothConnection::resetSharedController();
         KVRPinpadController::sharedController().setConnection(nullptr);
-        KVRAccessoryManager::sharedAccessoryManager().unregisterAllAccessories();
         if (pinpad_) EXPECT_EQ(pinpad_->stop(), 0) << "the PIN pad emulator did not end cleanly";
         if (acquirer_) acquirer_->stop();
-        KVRApplicationInfo::clear();
-        for (auto& [key, value] : saved_) KVRApplicationInfo::setValue(key, value);
     }
 
     void startAcquirer() {
@@ -125,7 +123,6 @@ protected:
     KVRTempDirectory pinpadState_;
     KVRTempDirectory acquirerState_;
     KVRTempDirectory logDirectory_;
-    KVRPropertyDictionary saved_;
     std::unique_ptr<KVRProcess> pinpad_;
     std::unique_ptr<KVRProcess> acquirer_;
 };

@@ -19,6 +19,7 @@
 #include "testing/KVRCompletionRecorder.h"
 #include "testing/KVREmulators.h"
 #include "testing/KVRTemporaryStore.h"
+#include "testing/KVRTestFixture.h"
 #include "testing/KVRWaitUntil.h"
 
 #include "Persistence/KVRStoreFileInspector.h"
@@ -47,7 +48,7 @@ size_t countOf(const std::vector<std::string>& items, const std::string& item) {
 
 bool contains(const std::vector<std::string>& items, const std::string& item) { return countOf(items, item) > 0; }
 
-class SaleIntegrationTest : public ::testing::Test {
+class SaleIntegrationTest : public KVRTestFixture {
 protected:
     void SetUp() override {
 #if !defined(KOVRA_PINPAD_SIM_BINARY) || !defined(KOVRA_ACQUIRER_SIM_BINARY)
@@ -56,10 +57,9 @@ protected:
     }
 
     void TearDown() override {
+        // The link lets go of the emulator's terminal before the emulator stops.
         KVRBluetoothConnection::resetSharedController();
         KVRPinpadController::sharedController().setConnection(nullptr);
-        KVRAccessoryManager::sharedAccessoryManager().unregisterAllAccessories();
-        KVRCommunicationController::setXmlTimeoutOverride(std::nullopt);
         if (emulators_) EXPECT_TRUE(emulators_->stop()) << emulators_->failure();
         emulators_.reset();
     }
@@ -302,7 +302,7 @@ TEST_P(SaleMoneyTest, NothingApprovedIsLeftUnkeptOrUndone) {
     const MoneyRow& row = GetParam();
     start(row.card, row.faults, row.acquirerArguments);
     KVRApplicationInfo::setValue("Kovra Pinpad Read Timeout", 1.0);
-    KVRCommunicationController::setXmlTimeoutOverride(std::chrono::milliseconds(3000));
+    KVRTestFixture::setXmlTimeout(std::chrono::milliseconds(3000));
     std::thread filler = row.diskFillsAfterThePost ? fillTheDiskAfterThePost() : std::thread();
     auto call = sell(row.amount);
     if (filler.joinable()) filler.join();
@@ -345,13 +345,13 @@ TEST_F(SaleIntegrationTest, ACancellationWhoseAnswerWasLostIsFinishedByTheNextCa
     start("chip-visa", {}, {"--advice-delay", "2"});
     ASSERT_TRUE(sell(1000).success);
     auto sale = storedSales().front();
-    KVRCommunicationController::setXmlTimeoutOverride(std::chrono::milliseconds(800));
+    KVRTestFixture::setXmlTimeout(std::chrono::milliseconds(800));
     auto lost = completed([sale](KVRCompletion b) { KVRCancellationProvider::cancelTransaction(sale, b); });
     EXPECT_EQ(lost.error, KVRErrors::nullResponse());
     EXPECT_EQ(sale->status(), 2);
     ASSERT_EQ(KVRJournalProvider::pendingReversals().size(), 1u);
 
-    KVRCommunicationController::setXmlTimeoutOverride(std::chrono::milliseconds(5000));
+    KVRTestFixture::setXmlTimeout(std::chrono::milliseconds(5000));
     auto again = completed([sale](KVRCompletion b) { KVRCancellationProvider::cancelTransaction(sale, b); });
     EXPECT_TRUE(again.success) << (again.error ? again.error->description() : "");
     EXPECT_EQ(storedSales().front()->status(), 5);

@@ -1,5 +1,6 @@
 // Each command against the two emulators: output, --json parsed back, exit codes.
 #include "KovraEmulatorBench.h"
+#include "testing/KVRTestFixture.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -112,7 +113,7 @@ TEST(KovraCliCommandsTest, PinpadNotificationsArePrintedAsTheyArrive) {
     EXPECT_EQ(machine.err, "pinpad: AGUARDE\n");
 }
 
-class KovraCliSalesTest : public ::testing::Test {
+class KovraCliSalesTest : public KVRTestFixture {
 protected:
     KovraCliSalesTest() : bench_(scenario()) {}
 

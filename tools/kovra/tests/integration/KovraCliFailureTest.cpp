@@ -3,6 +3,7 @@
 #include "KovraEmulatorBench.h"
 
 #include "testing/KVRTempDirectory.h"
+#include "testing/KVRTestFixture.h"
 #include "testing/KVRWaitUntil.h"
 
 #include <kovra/KVRErrors.h>
@@ -98,7 +99,7 @@ TEST(KovraCliFailureTest, ReferenceThatDoesNotExist) {
     EXPECT_TRUE(bench.outbox().empty());
 }
 
-class KovraCliSilentPinpadTest : public ::testing::Test {
+class KovraCliSilentPinpadTest : public KVRTestFixture {
 protected:
     KovraCliSilentPinpadTest() : bench_(silentDisplay()) {}
 

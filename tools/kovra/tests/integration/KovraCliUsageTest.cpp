@@ -167,7 +167,6 @@ TEST(KovraCliConfigTest, InitWritesTheCommentedTemplateOnceAndTheLibraryReadsIt)
     ASSERT_TRUE(KVRApplicationInfo::loadFromPlistFile(file));
     EXPECT_EQ(KVRApplicationInfo::stringForKey("Kovra Pinpad Link"), "abecs");
     EXPECT_EQ(KVRApplicationInfo::stringForKey("Kovra Pinned Public Keys"), std::nullopt) << "left in a comment";
-    KVRApplicationInfo::clear();
 
     std::ofstream(file, std::ios::app) << "<!-- edited -->\n";
     auto again = runKovra({"config", "init", file});

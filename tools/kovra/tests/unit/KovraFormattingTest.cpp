@@ -63,8 +63,6 @@ TEST(KovraPlistWriterTest, WhatItWritesTheLibraryReadsBack) {
     ASSERT_TRUE(KovraPlistWriter::write(file, written));
     ASSERT_TRUE(KVRApplicationInfo::loadFromPlistFile(file));
     EXPECT_EQ(KVRApplicationInfo::dictionary(), written);
-    KVRApplicationInfo::clear();
-    KVRApplicationInfo::setValue("Kovra Pinpad Write Pause", 0.0);
 }
 
 }  // namespace

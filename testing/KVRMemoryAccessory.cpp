@@ -1,7 +1,7 @@
-#include "Platform/KVRMemoryAccessory.h"
+#include "testing/KVRMemoryAccessory.h"
 
-#include "Platform/KVRMemoryInputStream.h"
-#include "Platform/KVRMemoryOutputStream.h"
+#include "testing/KVRMemoryInputStream.h"
+#include "testing/KVRMemoryOutputStream.h"
 
 KVRMemoryAccessory::KVRMemoryAccessory(std::string name, std::vector<std::string> protocolStrings)
     : KVRAccessory(std::move(name), std::move(protocolStrings)),

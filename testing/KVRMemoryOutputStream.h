@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/KVRMemoryChannel.h"
+#include "testing/KVRMemoryChannel.h"
 #include "Platform/KVROutputStream.h"
 
 #include <memory>

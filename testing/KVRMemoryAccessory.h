@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/KVRAccessory.h"
-#include "Platform/KVRMemoryChannel.h"
+#include "testing/KVRMemoryChannel.h"
 
 #include <atomic>
 #include <memory>

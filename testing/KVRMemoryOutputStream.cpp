@@ -1,4 +1,4 @@
-#include "Platform/KVRMemoryOutputStream.h"
+#include "testing/KVRMemoryOutputStream.h"
 
 KVRMemoryOutputStream::KVRMemoryOutputStream(std::shared_ptr<KVRMemoryChannel> channel, bool closeEndsChannel)
     : channel_(std::move(channel)), closeEndsChannel_(closeEndsChannel) {}

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Platform/KVRInputStream.h"
-#include "Platform/KVRMemoryChannel.h"
+#include "testing/KVRMemoryChannel.h"
 
 #include <memory>
 

@@ -1,4 +1,4 @@
-#include "Platform/KVRMemoryInputStream.h"
+#include "testing/KVRMemoryInputStream.h"
 
 KVRMemoryInputStream::KVRMemoryInputStream(std::shared_ptr<KVRMemoryChannel> channel)
     : channel_(std::move(channel)) {}

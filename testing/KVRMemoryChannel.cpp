@@ -1,4 +1,4 @@
-#include "Platform/KVRMemoryChannel.h"
+#include "testing/KVRMemoryChannel.h"
 
 #include <algorithm>
 
