@@ -24,8 +24,8 @@
 #include "Tms/KVRTmsController.h"
 #include "Transactions/KVRTransactionController.h"
 #include "Utils/KVRReachability.h"
-#include "testing/KVRBenchPinpad.h"
-#include "testing/KVRBenchSamples.h"
+#include "support/KVRBenchPinpad.h"
+#include "support/KVRBenchSamples.h"
 #include "testing/KVRPinpadReplies.h"
 
 #include <future>

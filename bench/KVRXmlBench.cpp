@@ -16,7 +16,7 @@
 #include "Pinpad/Commands/KVRGocCommandResponse.h"
 #include "Tms/KVRAcceptorConfigurationUpdate.h"
 #include "Tms/KVRStatusReportFactory.h"
-#include "testing/KVRBenchSamples.h"
+#include "support/KVRBenchSamples.h"
 
 #include <libxml/parser.h>
 #include <pugixml.hpp>
