@@ -12,7 +12,7 @@
 #include "Pinpad/Commands/KVRTlrCommandRequest.h"
 #include "Tms/KVRAidTable.h"
 #include "Tms/KVRCapkTable.h"
-#include "testing/KVRBenchSamples.h"
+#include "support/KVRBenchSamples.h"
 #include "testing/KVRPinpadReplies.h"
 
 #include <cstring>

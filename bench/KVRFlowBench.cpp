@@ -25,8 +25,8 @@
 #include "Transactions/KVRTransactionController.h"
 #include "Utils/KVRPlatformHooks.h"
 #include "Utils/KVRReachability.h"
-#include "testing/KVRBenchPinpad.h"
-#include "testing/KVRBenchSamples.h"
+#include "support/KVRBenchPinpad.h"
+#include "support/KVRBenchSamples.h"
 #include "testing/KVRPinpadReplies.h"
 
 #include <future>

@@ -7,9 +7,9 @@
 #include "Pinpad/Commands/KVRBaseCommandRequest.h"
 #include "Pinpad/Commands/KVRGcrCommandRequest.h"
 #include "Pinpad/KVRBluetoothConnection.h"
-#include "testing/KVRBenchPinpad.h"
-#include "testing/KVRBenchSamples.h"
-#include "testing/KVRReferenceCrc.h"
+#include "support/KVRBenchPinpad.h"
+#include "support/KVRBenchSamples.h"
+#include "support/KVRReferenceCrc.h"
 
 #include <cstring>
 #include <string>

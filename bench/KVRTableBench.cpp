@@ -7,7 +7,7 @@
 #include "Pinpad/Commands/KVRTlrCommandRequest.h"
 #include "Tms/KVRAidTable.h"
 #include "Tms/KVRCapkTable.h"
-#include "testing/KVRBenchSamples.h"
+#include "support/KVRBenchSamples.h"
 
 #include <cstdint>
 #include <memory>

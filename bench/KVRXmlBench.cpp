@@ -16,7 +16,7 @@
 #include "Pinpad/Commands/KVRGocCommandResponse.h"
 #include "Tms/KVRAcceptorConfigurationUpdate.h"
 #include "Tms/KVRStatusReportFactory.h"
-#include "testing/KVRBenchSamples.h"
+#include "support/KVRBenchSamples.h"
 
 #include <libxml/parser.h>
 #include <pugixml.hpp>
@@ -129,7 +129,7 @@ void BM_Read_Message(benchmark::State& state, Reply reply) {
         if (reply == Reply::AuthorisationResponse) {
             KVRAcceptorAuthorisationResponse response;
             response.read(text);
-            return response.data != nullptr;
+            return response.data.has_value();
         }
         KVRAcceptorConfigurationUpdate update;
         update.read(text);

@@ -1,4 +1,4 @@
-#include "testing/KVRBenchEnvironment.h"
+#include "support/KVRBenchEnvironment.h"
 
 #include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRDirectories.h>

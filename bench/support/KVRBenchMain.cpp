@@ -1,6 +1,6 @@
 #include <benchmark/benchmark.h>
 
-#include "testing/KVRBenchEnvironment.h"
+#include "support/KVRBenchEnvironment.h"
 
 int main(int argc, char** argv) {
     KVRBenchEnvironment environment;

@@ -1,7 +1,7 @@
-#include "testing/KVRBenchPinpad.h"
+#include "support/KVRBenchPinpad.h"
 
 #include "Pinpad/KVRBluetoothConnection.h"
-#include "testing/KVRReferenceCrc.h"
+#include "support/KVRReferenceCrc.h"
 
 #include <chrono>
 #include <mutex>

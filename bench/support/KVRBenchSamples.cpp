@@ -1,4 +1,4 @@
-#include "testing/KVRBenchSamples.h"
+#include "support/KVRBenchSamples.h"
 
 #include "testing/KVRPinpadReplies.h"
 

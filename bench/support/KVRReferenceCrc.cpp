@@ -1,4 +1,4 @@
-#include "testing/KVRReferenceCrc.h"
+#include "support/KVRReferenceCrc.h"
 
 #include <array>
 

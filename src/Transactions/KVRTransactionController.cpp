@@ -137,7 +137,8 @@ struct KVRTransactionController::HostExchange {
         if (!response || !response->data || !response->data->authorisationResponse) return nullptr;
         const auto& transactionResponse = response->data->authorisationResponse->transactionResponse;
         if (!transactionResponse || !transactionResponse->authorisationResult) return nullptr;
-        return transactionResponse->authorisationResult->responseToAuthorisation.get();
+        const auto& decision = transactionResponse->authorisationResult->responseToAuthorisation;
+        return decision ? &*decision : nullptr;
     }
     std::optional<std::string> iccData() const {
         const auto& transaction = response->data->authorisationResponse->transaction;
@@ -147,8 +148,9 @@ struct KVRTransactionController::HostExchange {
     const KVRAuthorisationResultData& result() const {
         return *response->data->authorisationResponse->transactionResponse->authorisationResult;
     }
-    std::shared_ptr<KVRTransactionDataResponse> hostTransaction() const {
-        return response->data->authorisationResponse->transaction;
+    const KVRTransactionDataResponse* hostTransaction() const {
+        const auto& transaction = response->data->authorisationResponse->transaction;
+        return transaction ? &*transaction : nullptr;
     }
 };
 

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
 #include "Host/Messages/KVRAcceptorAuthorisationResponse.h"
+#include "Host/Messages/KVRElementReading.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -175,20 +177,29 @@ TEST(KVRAcceptorAuthorisationResponse, ReadingAgainReplacesThePreviousReply) {
     EXPECT_FALSE(response.data);
 }
 
-// The objects of one reply share their memory: a part kept alone must
-// outlive the rest of its reply, whichever thread drops the last of it.
-TEST(KVRAcceptorAuthorisationResponse, APartOfAReplyOutlivesTheRest) {
-    auto response = std::make_unique<KVRAcceptorAuthorisationResponse>();
-    response->read(document(std::string("<AccptrAuthstnRspn>") + kHeader + "<AuthstnRspn>" + kEnvironment + kTransaction +
-                            kTransactionResponse + "</AuthstnRspn></AccptrAuthstnRspn>"));
-    ASSERT_TRUE(response->data && response->data->header && response->data->authorisationResponse);
-    auto header = response->data->header;
-    auto transaction = response->data->authorisationResponse->transaction;
-    response.reset();
-    std::thread([&transaction] { transaction.reset(); }).join();
-    EXPECT_EQ(header->exchangeIdentification, "77");
-    ASSERT_TRUE(header->initiatingParty);
-    EXPECT_EQ(header->initiatingParty->identification, "ACQ1");
+// Element objects made while a reply is read (those held by shared_ptr, as
+// the configuration update's are) share their memory: a part kept alone
+// must outlive the rest of its reply, whichever thread drops the last of it.
+struct Part {
+    std::optional<std::string> text;
+    std::shared_ptr<Part> child;
+    void read(const TBXMLElement* firstChild) {
+        for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
+            if (KVRElementReading::named(e, "T")) text = KVRElementReading::text(e);
+            else if (KVRElementReading::named(e, "C")) child = KVRElementReading::nested<Part>(e);
+        }
+    }
+};
+
+TEST(KVRReadingArena, APartOfAReplyOutlivesTheRest) {
+    auto whole = KVRElementReading::descendTo<Part>("<R><T>top</T><C><T>kept</T><C><T>dropped</T></C></C></R>", "R");
+    ASSERT_TRUE(whole && whole->child && whole->child->child);
+    auto kept = whole->child;
+    auto dropped = kept->child;
+    whole.reset();
+    std::thread([&dropped] { dropped.reset(); }).join();
+    EXPECT_EQ(kept->text, "kept");
+    EXPECT_FALSE(dropped);
 }
 
 }  // namespace

@@ -36,13 +36,13 @@ TEST(KVRHeader, FullHeaderWritesEveryChildInOrderAndReadsBack) {
     header.protocolVersion = "2.0";
     header.exchangeIdentification = "";
     header.creationDateTime = "2024-05-01T10:00:00";
-    header.initiatingParty = std::make_shared<KVRGenericIdentification>();
+    header.initiatingParty.emplace();
     header.initiatingParty->identification = "12345678";
     header.initiatingParty->initiatingPartyIssuer = KVRInitiatingPartyMERC;
     header.initiatingParty->shortName = "Loja";
-    header.recipientParty = std::make_shared<KVRGenericIdentification>();
-    header.trace = std::make_shared<KVRTraceability>();
-    header.trace->relayIdentification = std::make_shared<KVRGenericIdentification>();
+    header.recipientParty.emplace();
+    header.trace.emplace();
+    header.trace->relayIdentification.emplace();
     header.trace->relayIdentification->initiatingPartyType = KVRInitiatingPartyACQR;
     header.trace->traceDateTimeOut = "T2";
 
@@ -87,14 +87,14 @@ TEST(KVRHeader, ReadingIsLenient) {
     header.read(xml.rootXMLElement()->firstChild);
     EXPECT_EQ(header.messageFunction, KVRMessageFunctionAUTQ);
     EXPECT_EQ(header.protocolVersion, std::nullopt);
-    EXPECT_EQ(header.recipientParty, nullptr);
+    EXPECT_FALSE(header.recipientParty);
     ASSERT_TRUE(header.initiatingParty);
     EXPECT_EQ(header.initiatingParty->initiatingPartyType, KVRInitiatingPartyOPOI);
     EXPECT_EQ(header.initiatingParty->initiatingPartyIssuer, KVRInitiatingPartyITAG);
 
     KVRHeader untouched;
     untouched.read(nullptr);
-    EXPECT_EQ(untouched.initiatingParty, nullptr);
+    EXPECT_FALSE(untouched.initiatingParty);
 }
 
 TEST(KVRHeader, OutOfRangeCodeAbandonsTheMessage) {

@@ -111,7 +111,8 @@ protected:
         EXPECT_FALSE(error) << error->description();
         KVRAcceptorAuthorisationResponse response;
         response.read(reply.value_or(""));
-        auto data = response.data ? response.data->authorisationResponse : nullptr;
+        const auto* data = response.data && response.data->authorisationResponse ? &*response.data->authorisationResponse
+                                                                                   : nullptr;
         if (!data || !data->transaction || !data->transaction->transactionId) {
             ADD_FAILURE() << "the emulator did not approve the sale: " << reply.value_or("<none>");
             return sale;

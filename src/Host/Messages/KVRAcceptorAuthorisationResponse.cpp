@@ -3,5 +3,5 @@
 #include "Host/Messages/KVRElementReading.h"
 
 void KVRAcceptorAuthorisationResponse::read(const std::string& body) {
-    data = KVRElementReading::descendTo<KVRAcceptorAuthorisationResponseData>(body, "AccptrAuthstnRspn");
+    KVRElementReading::descendTo(data, body, "AccptrAuthstnRspn");
 }

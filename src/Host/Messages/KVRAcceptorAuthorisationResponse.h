@@ -2,15 +2,15 @@
 
 #include "Host/Messages/KVRAuthorisationResponseData.h"
 
-#include <memory>
+#include <optional>
 #include <string>
 
 /// The authoriser's reply. Reading never throws: a body that is not XML, or
 /// that carries another message (a rejection, an error page), leaves `data`
-/// null, and the sale treats any null link on its paths as a failed exchange.
+/// empty, and the sale treats any empty link on its paths as a failed exchange.
 class KVRAcceptorAuthorisationResponse {
 public:
-    std::shared_ptr<KVRAcceptorAuthorisationResponseData> data;  // AccptrAuthstnRspn
+    std::optional<KVRAcceptorAuthorisationResponseData> data;  // AccptrAuthstnRspn
 
     void read(const std::string& body);
 };

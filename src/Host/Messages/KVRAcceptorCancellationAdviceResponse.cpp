@@ -3,5 +3,5 @@
 #include "Host/Messages/KVRElementReading.h"
 
 void KVRAcceptorCancellationAdviceResponse::read(const std::string& body) {
-    data = KVRElementReading::descendTo<KVRAcceptorCancellationAdviceResponseData>(body, "AccptrCxlAdvcRspn");
+    KVRElementReading::descendTo(data, body, "AccptrCxlAdvcRspn");
 }

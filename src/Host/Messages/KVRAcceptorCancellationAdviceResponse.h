@@ -2,14 +2,14 @@
 
 #include "Host/Messages/KVRCancellationAdviceResponseData.h"
 
-#include <memory>
+#include <optional>
 #include <string>
 
 /// The reply to a cancellation advice. A body that is not XML or carries no
-/// `AccptrCxlAdvcRspn` leaves `data` null; reading never throws.
+/// `AccptrCxlAdvcRspn` leaves `data` empty; reading never throws.
 class KVRAcceptorCancellationAdviceResponse {
 public:
-    std::shared_ptr<KVRAcceptorCancellationAdviceResponseData> data;
+    std::optional<KVRAcceptorCancellationAdviceResponseData> data;
 
     void read(const std::string& body);
 };

@@ -4,7 +4,7 @@
 #include "Host/Messages/KVRElementReading.h"
 
 using KVRElementReading::named;
-using KVRElementReading::nested;
+using KVRElementReading::readNested;
 using KVRElementReading::text;
 
 void KVRMessageToPresentData::read(const TBXMLElement* firstChild) {
@@ -17,7 +17,7 @@ void KVRMessageToPresentData::read(const TBXMLElement* firstChild) {
 void KVRAction::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         if (named(e, "ActnTp")) actionType = KVREnumParser::parseEnumActionTypeCode(e->text);
-        else if (named(e, "MsgToPres")) messageToPresent = nested<KVRMessageToPresentData>(e);
+        else if (named(e, "MsgToPres")) readNested(messageToPresent, e);
     }
 }
 
@@ -32,14 +32,14 @@ void KVRAuthorisationResultData::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         if (named(e, "AuthstnCd")) authorisationCode = text(e);
         else if (named(e, "CmpltnReqrd")) completionRequired = text(e);
-        else if (named(e, "RspnToAuthstn")) responseToAuthorisation = nested<KVRResponseToAuthorisationData>(e);
+        else if (named(e, "RspnToAuthstn")) readNested(responseToAuthorisation, e);
     }
 }
 
 void KVRTransactionResponseData::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (named(e, "Actn")) action = nested<KVRAction>(e);
-        else if (named(e, "AuthstnRslt")) authorisationResult = nested<KVRAuthorisationResultData>(e);
+        if (named(e, "Actn")) readNested(action, e);
+        else if (named(e, "AuthstnRslt")) readNested(authorisationResult, e);
     }
 }
 
@@ -62,7 +62,7 @@ void KVRTransactionDetails::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         if (named(e, "AcctTp")) accountType = KVREnumParser::parseEnumAccountType(e->text);
         else if (named(e, "Ccy")) currency = text(e);
-        else if (named(e, "DtldAmt")) detailedAmount = nested<KVRDetailedAmount>(e);
+        else if (named(e, "DtldAmt")) readNested(detailedAmount, e);
         else if (named(e, "ICCRltdData")) iccRelatedData = text(e);
         else if (named(e, "TtlAmt")) totalAmount = text(e);
         else if (named(e, "VldtyDt")) validityDate = text(e);
@@ -72,29 +72,29 @@ void KVRTransactionDetails::read(const TBXMLElement* firstChild) {
 void KVRTransactionDataResponse::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         if (named(e, "RcptTxId")) recipientTransactionId = text(e);
-        else if (named(e, "TxDtls")) transactionDetails = nested<KVRTransactionDetails>(e);
-        else if (named(e, "TxId")) transactionId = nested<KVRTransactionIdentification>(e);
+        else if (named(e, "TxDtls")) readNested(transactionDetails, e);
+        else if (named(e, "TxId")) readNested(transactionId, e);
     }
 }
 
 void KVREnvironment::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (named(e, "MrchntId")) merchantIdentification = nested<KVRGenericIdentification>(e);
-        else if (named(e, "POIId")) poiIdentification = nested<KVRGenericIdentification>(e);
+        if (named(e, "MrchntId")) readNested(merchantIdentification, e);
+        else if (named(e, "POIId")) readNested(poiIdentification, e);
     }
 }
 
 void KVRAuthorisationResponseData::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (named(e, "Envt")) environment = nested<KVREnvironment>(e);
-        else if (named(e, "Tx")) transaction = nested<KVRTransactionDataResponse>(e);
-        else if (named(e, "TxRspn")) transactionResponse = nested<KVRTransactionResponseData>(e);
+        if (named(e, "Envt")) readNested(environment, e);
+        else if (named(e, "Tx")) readNested(transaction, e);
+        else if (named(e, "TxRspn")) readNested(transactionResponse, e);
     }
 }
 
 void KVRAcceptorAuthorisationResponseData::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (named(e, "AuthstnRspn")) authorisationResponse = nested<KVRAuthorisationResponseData>(e);
-        else if (named(e, "Hdr")) header = nested<KVRHeader>(e);
+        if (named(e, "AuthstnRspn")) readNested(authorisationResponse, e);
+        else if (named(e, "Hdr")) readNested(header, e);
     }
 }

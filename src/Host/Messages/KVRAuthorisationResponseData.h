@@ -5,7 +5,6 @@
 #include "Host/Messages/KVRHeader.h"
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -14,11 +13,15 @@ struct TBXMLElement;
 // The element classes of the acceptor authorisation response. Each read()
 // takes the first child of its element and walks the siblings: children may
 // come in any order, unknown ones are skipped, a missing one leaves its field
-// unset (null, or 0 for a code), an unknown code reads as 0.
+// unset (empty, or 0 for a code), an unknown code reads as 0. Nested elements
+// are held by value: a reply is read on every sale, and one heap object per
+// element cost more than building the tree itself.
 
 /// `MsgToPres`.
 class KVRMessageToPresentData {
 public:
+    KVRMessageToPresentData();
+
     KVRUserInterface messageDestination = KVRUserInterfaceCDSP;  // MsgDstn
     std::optional<std::string> messageContent;                  // MsgCntt
 
@@ -28,8 +31,10 @@ public:
 /// `Actn`.
 class KVRAction {
 public:
+    KVRAction();
+
     KVRActionType actionType = KVRActionTypeBUSY;  // ActnTp
-    std::shared_ptr<KVRMessageToPresentData> messageToPresent;
+    std::optional<KVRMessageToPresentData> messageToPresent;
 
     void read(const TBXMLElement* firstChild);
 };
@@ -37,6 +42,8 @@ public:
 /// `RspnToAuthstn`: the host's decision.
 class KVRResponseToAuthorisationData {
 public:
+    KVRResponseToAuthorisationData();
+
     KVRResponseCode responseCode = KVRResponseCodeDECL;  // Rspn
     std::optional<std::string> responseReason;          // RspnRsn
     /// Not carried by the message; left for the caller.
@@ -48,9 +55,11 @@ public:
 /// `AuthstnRslt`.
 class KVRAuthorisationResultData {
 public:
+    KVRAuthorisationResultData();
+
     std::optional<std::string> authorisationCode;   // AuthstnCd
     std::optional<std::string> completionRequired;  // CmpltnReqrd
-    std::shared_ptr<KVRResponseToAuthorisationData> responseToAuthorisation;
+    std::optional<KVRResponseToAuthorisationData> responseToAuthorisation;
 
     void read(const TBXMLElement* firstChild);
 };
@@ -58,8 +67,10 @@ public:
 /// `TxRspn`.
 class KVRTransactionResponseData {
 public:
-    std::shared_ptr<KVRAction> action;
-    std::shared_ptr<KVRAuthorisationResultData> authorisationResult;
+    KVRTransactionResponseData();
+
+    std::optional<KVRAction> action;
+    std::optional<KVRAuthorisationResultData> authorisationResult;
 
     void read(const TBXMLElement* firstChild);
 };
@@ -67,6 +78,8 @@ public:
 /// `TxId` of a response (authorisation and cancellation alike).
 class KVRTransactionIdentification {
 public:
+    KVRTransactionIdentification();
+
     std::optional<std::string> transactionDateTime;   // TxDtTm
     std::optional<std::string> transactionReference;  // TxRef
 
@@ -76,6 +89,8 @@ public:
 /// `DtldAmt`.
 class KVRDetailedAmount {
 public:
+    KVRDetailedAmount();
+
     KVRAmountType amountType = KVRAmountTypeCSHB;  // AmtTp
     std::optional<std::string> value;             // Val
     std::optional<std::string> label;             // Labl
@@ -86,9 +101,11 @@ public:
 /// `TxDtls` of the response. Amounts and currency are kept as their text.
 class KVRTransactionDetails {
 public:
+    KVRTransactionDetails();
+
     KVRAccountType accountType = KVRAccountTypeDFLT;  // AcctTp
     std::optional<std::string> currency;             // Ccy
-    std::shared_ptr<KVRDetailedAmount> detailedAmount;
+    std::optional<KVRDetailedAmount> detailedAmount;
     std::optional<std::string> iccRelatedData;  // ICCRltdData, the issuer's chip data for the card
     std::optional<std::string> totalAmount;     // TtlAmt
     std::optional<std::string> validityDate;    // VldtyDt
@@ -99,9 +116,11 @@ public:
 /// `Tx` of the response.
 class KVRTransactionDataResponse {
 public:
+    KVRTransactionDataResponse();
+
     std::optional<std::string> recipientTransactionId;  // RcptTxId, the acquirer's key for the sale
-    std::shared_ptr<KVRTransactionDetails> transactionDetails;
-    std::shared_ptr<KVRTransactionIdentification> transactionId;
+    std::optional<KVRTransactionDetails> transactionDetails;
+    std::optional<KVRTransactionIdentification> transactionId;
 
     void read(const TBXMLElement* firstChild);
 };
@@ -109,8 +128,10 @@ public:
 /// `Envt` of the response.
 class KVREnvironment {
 public:
-    std::shared_ptr<KVRGenericIdentification> merchantIdentification;  // MrchntId
-    std::shared_ptr<KVRGenericIdentification> poiIdentification;       // POIId
+    KVREnvironment();
+
+    std::optional<KVRGenericIdentification> merchantIdentification;  // MrchntId
+    std::optional<KVRGenericIdentification> poiIdentification;       // POIId
 
     void read(const TBXMLElement* firstChild);
 };
@@ -118,9 +139,11 @@ public:
 /// `AuthstnRspn`.
 class KVRAuthorisationResponseData {
 public:
-    std::shared_ptr<KVREnvironment> environment;
-    std::shared_ptr<KVRTransactionDataResponse> transaction;
-    std::shared_ptr<KVRTransactionResponseData> transactionResponse;
+    KVRAuthorisationResponseData();
+
+    std::optional<KVREnvironment> environment;
+    std::optional<KVRTransactionDataResponse> transaction;
+    std::optional<KVRTransactionResponseData> transactionResponse;
 
     void read(const TBXMLElement* firstChild);
 };
@@ -128,8 +151,26 @@ public:
 /// `AccptrAuthstnRspn`.
 class KVRAcceptorAuthorisationResponseData {
 public:
-    std::shared_ptr<KVRAuthorisationResponseData> authorisationResponse;
-    std::shared_ptr<KVRHeader> header;
+    KVRAcceptorAuthorisationResponseData();
+
+    std::optional<KVRAuthorisationResponseData> authorisationResponse;
+    std::optional<KVRHeader> header;
 
     void read(const TBXMLElement* firstChild);
 };
+
+// Defaulted here, outside their classes, the constructors count as written
+// by hand: an element made in place in its optional is then only constructed,
+// not first zeroed whole.
+inline KVRMessageToPresentData::KVRMessageToPresentData() = default;
+inline KVRAction::KVRAction() = default;
+inline KVRResponseToAuthorisationData::KVRResponseToAuthorisationData() = default;
+inline KVRAuthorisationResultData::KVRAuthorisationResultData() = default;
+inline KVRTransactionResponseData::KVRTransactionResponseData() = default;
+inline KVRTransactionIdentification::KVRTransactionIdentification() = default;
+inline KVRDetailedAmount::KVRDetailedAmount() = default;
+inline KVRTransactionDetails::KVRTransactionDetails() = default;
+inline KVRTransactionDataResponse::KVRTransactionDataResponse() = default;
+inline KVREnvironment::KVREnvironment() = default;
+inline KVRAuthorisationResponseData::KVRAuthorisationResponseData() = default;
+inline KVRAcceptorAuthorisationResponseData::KVRAcceptorAuthorisationResponseData() = default;

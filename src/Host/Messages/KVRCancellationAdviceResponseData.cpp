@@ -4,31 +4,31 @@
 #include "Host/Messages/KVRElementReading.h"
 
 using KVRElementReading::named;
-using KVRElementReading::nested;
+using KVRElementReading::readNested;
 
 void KVRTransactionDataCancellationResponse::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         if (named(e, "Rspn")) cancellationResponse = KVREnumParser::parseEnumResponseCode(e->text);
-        else if (named(e, "TxId")) transactionId = nested<KVRTransactionIdentification>(e);
+        else if (named(e, "TxId")) readNested(transactionId, e);
     }
 }
 
 void KVRAcceptorCancellationAdviceResponseEnviroment::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (named(e, "Mrchnt")) merchant = nested<KVRGenericIdentification>(e);
+        if (named(e, "Mrchnt")) readNested(merchant, e);
     }
 }
 
 void KVRCancellationAdviceResponseData::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (named(e, "Envt")) enviroment = nested<KVRAcceptorCancellationAdviceResponseEnviroment>(e);
-        else if (named(e, "Tx")) transaction = nested<KVRTransactionDataCancellationResponse>(e);
+        if (named(e, "Envt")) readNested(enviroment, e);
+        else if (named(e, "Tx")) readNested(transaction, e);
     }
 }
 
 void KVRAcceptorCancellationAdviceResponseData::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (named(e, "Hdr")) header = nested<KVRHeader>(e);
-        else if (named(e, "CxlAdvcRspn")) cancellationAdviceResponse = nested<KVRCancellationAdviceResponseData>(e);
+        if (named(e, "Hdr")) readNested(header, e);
+        else if (named(e, "CxlAdvcRspn")) readNested(cancellationAdviceResponse, e);
     }
 }

@@ -5,19 +5,21 @@
 #include "Host/Messages/KVRGenericIdentification.h"
 #include "Host/Messages/KVRHeader.h"
 
-#include <memory>
+#include <optional>
 
 struct TBXMLElement;
 
 // The element classes of the cancellation advice response, read like those
 // of the authorisation response: any child order, unknown children skipped,
-// unknown codes as 0.
+// unknown codes as 0, nested elements held by value.
 
 /// `Tx` of the response: the outcome of the cancellation.
 class KVRTransactionDataCancellationResponse {
 public:
+    KVRTransactionDataCancellationResponse();
+
     KVRResponseCode cancellationResponse = KVRResponseCodeDECL;  // Rspn
-    std::shared_ptr<KVRTransactionIdentification> transactionId;  // TxId
+    std::optional<KVRTransactionIdentification> transactionId;  // TxId
 
     void read(const TBXMLElement* firstChild);
 };
@@ -25,7 +27,9 @@ public:
 /// `Envt` of the response.
 class KVRAcceptorCancellationAdviceResponseEnviroment {
 public:
-    std::shared_ptr<KVRGenericIdentification> merchant;  // Mrchnt
+    KVRAcceptorCancellationAdviceResponseEnviroment();
+
+    std::optional<KVRGenericIdentification> merchant;  // Mrchnt
 
     void read(const TBXMLElement* firstChild);
 };
@@ -33,8 +37,10 @@ public:
 /// `CxlAdvcRspn`.
 class KVRCancellationAdviceResponseData {
 public:
-    std::shared_ptr<KVRAcceptorCancellationAdviceResponseEnviroment> enviroment;  // Envt
-    std::shared_ptr<KVRTransactionDataCancellationResponse> transaction;          // Tx
+    KVRCancellationAdviceResponseData();
+
+    std::optional<KVRAcceptorCancellationAdviceResponseEnviroment> enviroment;  // Envt
+    std::optional<KVRTransactionDataCancellationResponse> transaction;          // Tx
 
     void read(const TBXMLElement* firstChild);
 };
@@ -42,8 +48,16 @@ public:
 /// `AccptrCxlAdvcRspn`.
 class KVRAcceptorCancellationAdviceResponseData {
 public:
-    std::shared_ptr<KVRHeader> header;                                           // Hdr
-    std::shared_ptr<KVRCancellationAdviceResponseData> cancellationAdviceResponse;  // CxlAdvcRspn
+    KVRAcceptorCancellationAdviceResponseData();
+
+    std::optional<KVRHeader> header;                                           // Hdr
+    std::optional<KVRCancellationAdviceResponseData> cancellationAdviceResponse;  // CxlAdvcRspn
 
     void read(const TBXMLElement* firstChild);
 };
+
+// As for the authorisation response: made in place without being zeroed first.
+inline KVRTransactionDataCancellationResponse::KVRTransactionDataCancellationResponse() = default;
+inline KVRAcceptorCancellationAdviceResponseEnviroment::KVRAcceptorCancellationAdviceResponseEnviroment() = default;
+inline KVRCancellationAdviceResponseData::KVRCancellationAdviceResponseData() = default;
+inline KVRAcceptorCancellationAdviceResponseData::KVRAcceptorCancellationAdviceResponseData() = default;

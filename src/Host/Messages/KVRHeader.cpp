@@ -6,7 +6,7 @@
 #include "Host/XMLWriter.h"
 
 using KVRElementReading::named;
-using KVRElementReading::nested;
+using KVRElementReading::readNested;
 
 void KVRHeader::write(XMLWriter& writer) const {
     writer.writeStartElement("Hdr");
@@ -31,11 +31,11 @@ void KVRHeader::read(const TBXMLElement* firstChild) {
         } else if (named(e, "CreDtTm")) {
             creationDateTime = e->text;
         } else if (named(e, "InitgPty")) {
-            initiatingParty = nested<KVRGenericIdentification>(e);
+            readNested(initiatingParty, e);
         } else if (named(e, "RcptPty")) {
-            recipientParty = nested<KVRGenericIdentification>(e);
+            readNested(recipientParty, e);
         } else if (named(e, "Tracblt")) {
-            trace = nested<KVRTraceability>(e);
+            readNested(trace, e);
         }
     }
 }

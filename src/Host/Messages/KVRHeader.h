@@ -4,7 +4,6 @@
 #include "Host/Messages/KVRGenericIdentification.h"
 #include "Host/Messages/KVRTraceability.h"
 
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -12,14 +11,21 @@
 /// is always written; every other child only when set.
 class KVRHeader {
 public:
+    KVRHeader();
+
     KVRMessageFunction messageFunction = KVRMessageFunctionAUTQ;  // MsgFctn
     std::optional<std::string> protocolVersion;                   // PrtcolVrsn
     std::optional<std::string> exchangeIdentification;            // XchgId
     std::optional<std::string> creationDateTime;                  // CreDtTm
-    std::shared_ptr<KVRGenericIdentification> initiatingParty;    // InitgPty
-    std::shared_ptr<KVRGenericIdentification> recipientParty;     // RcptPty
-    std::shared_ptr<KVRTraceability> trace;                       // Tracblt
+    std::optional<KVRGenericIdentification> initiatingParty;      // InitgPty
+    std::optional<KVRGenericIdentification> recipientParty;       // RcptPty
+    std::optional<KVRTraceability> trace;                         // Tracblt
 
     void write(XMLWriter& writer) const;
     void read(const TBXMLElement* firstChild);
 };
+
+// Defaulted here, outside their classes, the constructors count as written
+// by hand: an element made in place in its optional is then only constructed,
+// not first zeroed whole.
+inline KVRHeader::KVRHeader() = default;

@@ -5,7 +5,7 @@
 #include "Host/XMLWriter.h"
 
 using KVRElementReading::named;
-using KVRElementReading::nested;
+using KVRElementReading::readNested;
 
 void KVRTraceability::write(XMLWriter& writer) const {
     writer.writeStartElement("Tracblt");
@@ -18,7 +18,7 @@ void KVRTraceability::write(XMLWriter& writer) const {
 void KVRTraceability::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         if (named(e, "RlayId")) {
-            relayIdentification = nested<KVRGenericIdentification>(e);
+            readNested(relayIdentification, e);
         } else if (named(e, "TracDtTmIn")) {
             traceDateTimeIn = e->text;
         } else if (named(e, "TracDtTmOut")) {

@@ -2,14 +2,13 @@
 
 #include "Host/Messages/KVRGenericIdentification.h"
 
-#include <memory>
 #include <optional>
 #include <string>
 
 /// `Tracblt`: the relay a message passed through, with the times in and out.
 class KVRTraceability {
 public:
-    std::shared_ptr<KVRGenericIdentification> relayIdentification;  // RlayId
+    std::optional<KVRGenericIdentification> relayIdentification;    // RlayId
     std::optional<std::string> traceDateTimeIn;                     // TracDtTmIn
     std::optional<std::string> traceDateTimeOut;                    // TracDtTmOut
 
