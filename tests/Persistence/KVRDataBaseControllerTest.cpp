@@ -7,6 +7,7 @@
 
 #include "Host/KVRCommunicationController.h"
 #include "Persistence/KVRDataBaseController.h"
+#include "Persistence/KVRStoreFileInspector.h"
 #include "Platform/KVRPropertyList.h"
 #include "Utils/KVRReachability.h"
 #include "testing/KVRFakeExchange.h"
@@ -61,15 +62,6 @@ public:
         }
         EXPECT_EQ(sqlite3_step(statement), SQLITE_DONE);
         sqlite3_finalize(statement);
-    }
-
-    int count() {
-        sqlite3_stmt* statement = nullptr;
-        sqlite3_prepare_v2(db_, "SELECT count(*) FROM contacts", -1, &statement, nullptr);
-        sqlite3_step(statement);
-        int n = sqlite3_column_int(statement, 0);
-        sqlite3_finalize(statement);
-        return n;
     }
 
 private:
@@ -143,10 +135,9 @@ TEST_F(DataBaseControllerTest, CreateMakesTheContactsTableOnceAndEmptyTableClear
     shared.create();
     EXPECT_TRUE(shared.Founded);
 
-    LegacyDatabase legacy(legacyPath(), "SELECT 1");
-    EXPECT_EQ(legacy.count(), 2);
+    EXPECT_EQ(KVRStoreFileInspector(legacyPath()).count("contacts"), 2);
     KVRDataBaseController::emptyTable();
-    EXPECT_EQ(legacy.count(), 0);
+    EXPECT_EQ(KVRStoreFileInspector(legacyPath()).count("contacts"), 0);
 }
 
 TEST_F(DataBaseControllerTest, RowsArriveWithTheirConversionsAndAreCopiedOnlyOnce) {
