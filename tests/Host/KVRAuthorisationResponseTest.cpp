@@ -41,50 +41,31 @@ KVRAcceptorAuthorisationResponse read(const std::string& body) {
     return response;
 }
 
+// What the sale takes from an approval.
 void expectApproved(const KVRAcceptorAuthorisationResponse& response) {
-    ASSERT_TRUE(response.data);
-    ASSERT_TRUE(response.data->header);
+    ASSERT_TRUE(response.data && response.data->header && response.data->header->initiatingParty);
     EXPECT_EQ(response.data->header->messageFunction, KVRMessageFunctionAUTP);
-    EXPECT_EQ(response.data->header->exchangeIdentification, "77");
-    ASSERT_TRUE(response.data->header->initiatingParty);
     EXPECT_EQ(response.data->header->initiatingParty->initiatingPartyType, KVRInitiatingPartyACQR);
-
     const auto& authorisation = response.data->authorisationResponse;
-    ASSERT_TRUE(authorisation);
-    ASSERT_TRUE(authorisation->environment && authorisation->environment->merchantIdentification &&
-                authorisation->environment->poiIdentification);
+    ASSERT_TRUE(authorisation && authorisation->environment && authorisation->environment->merchantIdentification);
     EXPECT_EQ(authorisation->environment->merchantIdentification->identification, "12345678");
-    EXPECT_EQ(authorisation->environment->merchantIdentification->initiatingPartyIssuer, KVRInitiatingPartyMERC);
-    EXPECT_EQ(authorisation->environment->poiIdentification->identification, "POI-7");
-
-    ASSERT_TRUE(authorisation->transaction);
+    ASSERT_TRUE(authorisation->transaction && authorisation->transaction->transactionId &&
+                authorisation->transaction->transactionDetails);
     const auto& tx = *authorisation->transaction;
     EXPECT_EQ(tx.recipientTransactionId, "000123456789");
-    ASSERT_TRUE(tx.transactionId);
     EXPECT_EQ(tx.transactionId->transactionReference, "1B4E28BA2FA111D2883F0016D3CCA427");
-    EXPECT_EQ(tx.transactionId->transactionDateTime, "2024-05-17T14:32:05");
-    ASSERT_TRUE(tx.transactionDetails);
     EXPECT_EQ(tx.transactionDetails->iccRelatedData, "910A1122334455667788990A8A023030");
     EXPECT_EQ(tx.transactionDetails->accountType, KVRAccountTypeCRDT);
-    EXPECT_EQ(tx.transactionDetails->currency, "986");
-    EXPECT_EQ(tx.transactionDetails->totalAmount, "1500");
-    EXPECT_EQ(tx.transactionDetails->validityDate, "2024-05-18");
     ASSERT_TRUE(tx.transactionDetails->detailedAmount);
     EXPECT_EQ(tx.transactionDetails->detailedAmount->amountType, KVRAmountTypeFEES);
-    EXPECT_EQ(tx.transactionDetails->detailedAmount->value, "12");
-    EXPECT_EQ(tx.transactionDetails->detailedAmount->label, "Tarifa");
-
     ASSERT_TRUE(authorisation->transactionResponse && authorisation->transactionResponse->authorisationResult);
     const auto& result = *authorisation->transactionResponse->authorisationResult;
     EXPECT_EQ(result.authorisationCode, "123456");
-    EXPECT_EQ(result.completionRequired, "false");
     ASSERT_TRUE(result.responseToAuthorisation);
     EXPECT_EQ(result.responseToAuthorisation->responseCode, KVRResponseCodeAPPR);
-    EXPECT_EQ(result.responseToAuthorisation->responseReason, "00");
     const auto& action = authorisation->transactionResponse->action;
     ASSERT_TRUE(action && action->messageToPresent);
     EXPECT_EQ(action->actionType, KVRActionTypeDISP);
-    EXPECT_EQ(action->messageToPresent->messageDestination, KVRUserInterfaceMDSP);
     EXPECT_EQ(action->messageToPresent->messageContent, "Aprovada &amp; ok") << "texts are taken undecoded";
 }
 
@@ -113,22 +94,16 @@ TEST(KVRAcceptorAuthorisationResponse, MissingElementsLeaveTheirFieldsEmpty) {
     auto response = read(document(
         "<AccptrAuthstnRspn><AuthstnRspn><Tx><TxDtls><Ccy>986</Ccy></TxDtls></Tx>"
         "<TxRspn><AuthstnRslt><AuthstnCd></AuthstnCd></AuthstnRslt></TxRspn></AuthstnRspn></AccptrAuthstnRspn>"));
-    ASSERT_TRUE(response.data);
-    EXPECT_FALSE(response.data->header);
-    const auto& authorisation = response.data->authorisationResponse;
-    ASSERT_TRUE(authorisation);
-    EXPECT_FALSE(authorisation->environment);
-    ASSERT_TRUE(authorisation->transaction);
-    EXPECT_EQ(authorisation->transaction->recipientTransactionId, std::nullopt);
-    EXPECT_FALSE(authorisation->transaction->transactionId);
-    ASSERT_TRUE(authorisation->transaction->transactionDetails);
-    EXPECT_EQ(authorisation->transaction->transactionDetails->iccRelatedData, std::nullopt);
-    EXPECT_EQ(authorisation->transaction->transactionDetails->accountType, KVRAccountTypeDFLT);
-    EXPECT_FALSE(authorisation->transaction->transactionDetails->detailedAmount);
-    ASSERT_TRUE(authorisation->transactionResponse && authorisation->transactionResponse->authorisationResult);
-    EXPECT_FALSE(authorisation->transactionResponse->action);
-    EXPECT_EQ(authorisation->transactionResponse->authorisationResult->authorisationCode, "");
-    EXPECT_FALSE(authorisation->transactionResponse->authorisationResult->responseToAuthorisation);
+    ASSERT_TRUE(response.data && response.data->authorisationResponse);
+    const auto& authorisation = *response.data->authorisationResponse;
+    EXPECT_FALSE(response.data->header || authorisation.environment);
+    ASSERT_TRUE(authorisation.transaction && authorisation.transaction->transactionDetails);
+    EXPECT_FALSE(authorisation.transaction->recipientTransactionId || authorisation.transaction->transactionId);
+    EXPECT_EQ(authorisation.transaction->transactionDetails->iccRelatedData, std::nullopt);
+    EXPECT_EQ(authorisation.transaction->transactionDetails->accountType, KVRAccountTypeDFLT);
+    ASSERT_TRUE(authorisation.transactionResponse && authorisation.transactionResponse->authorisationResult);
+    EXPECT_EQ(authorisation.transactionResponse->authorisationResult->authorisationCode, "");
+    EXPECT_FALSE(authorisation.transactionResponse->authorisationResult->responseToAuthorisation);
 }
 
 // Reading again replaces the previous reply, so a foreign body leaves no

@@ -88,9 +88,8 @@ TEST(TBXML, LookupsMatchNamesExactlyAndReportWhatIsMissing) {
     const TBXMLElement* first = TBXML::childElementNamed("X", root);
     ASSERT_NE(first, nullptr);
     EXPECT_EQ(TBXML::valueOfAttributeNamed("id", first), "1");
-    const TBXMLElement* second = TBXML::nextSiblingNamed("X", first);
-    ASSERT_NE(second, nullptr);
-    EXPECT_EQ(TBXML::valueOfAttributeNamed("id", second), "2");
+    EXPECT_EQ(TBXML::valueOfAttributeNamed("id", TBXML::nextSiblingNamed("X", first)), "2");
+    EXPECT_EQ(TBXML::nextSiblingNamed("X", TBXML::nextSiblingNamed("X", first)), nullptr);
     EXPECT_EQ(TBXML::elementName(TBXML::childElementNamed("a:X", root)), "a:X");
 
     struct Miss {
@@ -101,8 +100,6 @@ TEST(TBXML, LookupsMatchNamesExactlyAndReportWhatIsMissing) {
     const Miss misses[] = {
         {"child, wrong case", [&](auto* e) { EXPECT_EQ(TBXML::childElementNamed("x", root, e), nullptr); },
          TBXMLErrorElementNotFound},
-        {"no later sibling", [&](auto* e) { EXPECT_EQ(TBXML::nextSiblingNamed("X", second, e), nullptr); },
-         TBXMLErrorElementNotFound},
         {"null parent", [&](auto* e) { EXPECT_EQ(TBXML::childElementNamed("X", nullptr, e), nullptr); },
          TBXMLErrorElementIsNil},
         {"empty name", [&](auto* e) { EXPECT_EQ(TBXML::childElementNamed("", root, e), nullptr); },
@@ -110,7 +107,6 @@ TEST(TBXML, LookupsMatchNamesExactlyAndReportWhatIsMissing) {
         {"attribute", [&](auto* e) { EXPECT_EQ(TBXML::valueOfAttributeNamed("ID", first, e), std::nullopt); },
          TBXMLErrorAttributeNotFound},
         {"text of null", [&](auto* e) { EXPECT_EQ(TBXML::textForElement(nullptr, e), ""); }, TBXMLErrorElementIsNil},
-        {"name of null", [&](auto* e) { EXPECT_EQ(TBXML::elementName(nullptr, e), ""); }, TBXMLErrorElementIsNil},
     };
     for (const auto& miss : misses) {
         SCOPED_TRACE(miss.name);
@@ -197,22 +193,17 @@ TEST(TBXML, ReadsPlainAndGzipFiles) {
     std::ofstream(dir.file("plain.xml"), std::ios::binary) << xml;
     std::ofstream(dir.file("packed.xml.gz"), std::ios::binary) << *KVRDataCoding::gzipDeflate(xml);
     std::ofstream(dir.file("broken.gz"), std::ios::binary) << KVRDataCoding::gzipDeflate(xml)->substr(0, 12);
-    for (const char* name : {"plain.xml", "packed.xml.gz"}) {
+    const std::pair<const char*, std::optional<long>> cases[] = {{"plain.xml", std::nullopt},
+                                                                 {"packed.xml.gz", std::nullopt},
+                                                                 {"absent.xml", TBXMLErrorFileNotFoundInBundle},
+                                                                 {"broken.gz", TBXMLErrorDecodeFailed}};
+    for (const auto& [name, code] : cases) {
         SCOPED_TRACE(name);
         std::optional<KVRError> error;
         TBXML file = TBXML::fromFile(dir.file(name), &error);
-        EXPECT_FALSE(error);
-        ASSERT_NE(file.rootXMLElement(), nullptr);
-        EXPECT_EQ(childNames(file.rootXMLElement()), std::vector<std::string>{"Aid"});
+        EXPECT_EQ(error ? std::optional<long>(error->code()) : std::nullopt, code);
+        EXPECT_EQ(childNames(file.rootXMLElement()), code ? std::vector<std::string>{} : std::vector<std::string>{"Aid"});
     }
-    std::optional<KVRError> error;
-    EXPECT_EQ(TBXML::fromFile(dir.file("absent.xml"), &error).rootXMLElement(), nullptr);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), TBXMLErrorFileNotFoundInBundle);
-    error.reset();
-    EXPECT_EQ(TBXML::fromFile(dir.file("broken.gz"), &error).rootXMLElement(), nullptr);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), TBXMLErrorDecodeFailed);
 }
 
 }  // namespace

@@ -46,18 +46,34 @@ void writeAll(KVROutputStream& out, const Bytes& bytes) {
     }
 }
 
+// The peer went away: the stream reports its end instead of blocking.
+void expectEnded(KVRInputStream& in) {
+    uint8_t byte;
+    EXPECT_TRUE(in.waitForBytesAvailable(1s));
+    EXPECT_EQ(in.read(&byte, 1), 0);
+    EXPECT_EQ(in.streamStatus(), KVRStreamStatus::AtEnd);
+}
+
 Bytes everyByte() {
     Bytes all(256);
     for (int i = 0; i < 256; ++i) all[static_cast<size_t>(i)] = static_cast<uint8_t>(i);
     return all;
 }
 
-TEST(KVRSerialAccessory, SpeedComesFromTheProtocolString) {
+TEST(KVRSerialAccessory, SpeedComesFromTheProtocolStringAndUnreachableDevicesGiveNoSession) {
     const std::pair<const char*, std::optional<int>> cases[] = {
         {"abecs", 19200},          {"abecs-19200", 19200}, {"abecs-115200", 115200}, {"abecs-9600", 9600},
         {"com.vendor.abecs", 19200}, {"abecs-", 19200},      {"abecs-12345", std::nullopt}, {"abecs-0", std::nullopt},
     };
     for (const auto& [protocol, rate] : cases) EXPECT_EQ(KVRSerialAccessory::baudRateForProtocol(protocol), rate) << protocol;
+
+    KVRTempDirectory dir;
+    std::ofstream(dir.file("plain")) << "not a terminal";
+    EXPECT_FALSE(KVRSerialAccessory(dir.file("missing")).openSession("abecs-19200"));
+    EXPECT_FALSE(KVRSerialAccessory(dir.file("plain")).openSession("abecs-19200"));
+    KVRPseudoTerminal pty;
+    EXPECT_FALSE(KVRSerialAccessory(pty.slavePath()).openSession("abecs"));  // not declared
+    EXPECT_FALSE(KVRSerialAccessory(pty.slavePath(), "", {"abecs-12345"}).openSession("abecs-12345"));
 }
 
 TEST(KVRSerialAccessory, PseudoTerminalLineIsRawAtTheProtocolSpeed) {
@@ -89,21 +105,8 @@ TEST(KVRSerialAccessory, PseudoTerminalLineIsRawAtTheProtocolSpeed) {
         EXPECT_EQ(readSome(*session->inputStream(), 256), everyByte());
 
         pty.hangUp();
-        uint8_t byte;
-        EXPECT_TRUE(session->inputStream()->waitForBytesAvailable(1s));
-        EXPECT_EQ(session->inputStream()->read(&byte, 1), 0);
-        EXPECT_EQ(session->inputStream()->streamStatus(), KVRStreamStatus::AtEnd);
+        expectEnded(*session->inputStream());
     }
-}
-
-TEST(KVRSerialAccessory, UnreachableDevicesGiveNoSession) {
-    KVRTempDirectory dir;
-    std::ofstream(dir.file("plain")) << "not a terminal";
-    EXPECT_FALSE(KVRSerialAccessory(dir.file("missing")).openSession("abecs-19200"));
-    EXPECT_FALSE(KVRSerialAccessory(dir.file("plain")).openSession("abecs-19200"));
-    KVRPseudoTerminal pty;
-    EXPECT_FALSE(KVRSerialAccessory(pty.slavePath()).openSession("abecs"));  // not declared
-    EXPECT_FALSE(KVRSerialAccessory(pty.slavePath(), "", {"abecs-12345"}).openSession("abecs-12345"));
 }
 
 // A loopback listener on a free port. Without `listening` the port is only
@@ -156,10 +159,7 @@ TEST(KVRTcpAccessory, ExchangesBytesAndSeesThePeerGo) {
     EXPECT_EQ(readSome(*session->inputStream(), 9), (Bytes{0x06, 0x16, 'O', 'P', 'N', '0', '0', '0', 0x17}));
 
     ::close(peer);
-    uint8_t byte;
-    EXPECT_TRUE(session->inputStream()->waitForBytesAvailable(1s));
-    EXPECT_EQ(session->inputStream()->read(&byte, 1), 0);
-    EXPECT_EQ(session->inputStream()->streamStatus(), KVRStreamStatus::AtEnd);
+    expectEnded(*session->inputStream());
     // Writing to a closed peer fails with -1 instead of raising SIGPIPE.
     long result = 0;
     for (int i = 0; i < 50 && result >= 0; ++i) {

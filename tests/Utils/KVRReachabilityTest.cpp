@@ -1,12 +1,19 @@
 #include <gtest/gtest.h>
 
+#include <kovra/KVRNotificationCenter.h>
+
 #include "Utils/KVRReachability.h"
 #include "Utils/KVRRouteProbe.h"
+#include "testing/KVRTempDirectory.h"
 
 #include <arpa/inet.h>
+#include <net/if.h>
 #include <netinet/in.h>
 #include <sys/un.h>
 
+#include <filesystem>
+#include <fstream>
+#include <future>
 #include <ostream>
 
 namespace {
@@ -61,6 +68,51 @@ TEST(KVRRouteProbe, HostWithoutPort) {
         {"fe80::1:2", "fe80::1:2"},                    {"host:notaport", "host:notaport"},
     };
     for (const auto& [input, host] : table) EXPECT_EQ(KVRRouteProbe::hostWithoutPort(input), host) << input;
+}
+
+TEST(KVRRouteProbe, InterfaceKinds) {
+    KVRTempDirectory sys;
+    auto make = [&](const std::string& path, const std::string& content = "") {
+        std::filesystem::create_directories(std::filesystem::path(sys.file(path)).parent_path());
+        std::ofstream(sys.file(path)) << content;
+    };
+    make("wlan0/wireless/.keep");
+    make("wlp2s0/phy80211");
+    make("usb0/uevent", "DEVTYPE=wwan\nINTERFACE=usb0\n");
+    make("enp3s0/uevent", "DEVTYPE=gadget\n");
+    const std::pair<const char*, KVRInterfaceKind> table[] = {
+        {"wlan0", KVRInterfaceKind::Wireless}, {"wlp2s0", KVRInterfaceKind::Wireless},
+        {"usb0", KVRInterfaceKind::Cellular},  {"wwan0", KVRInterfaceKind::Cellular},
+        {"rmnet_data0", KVRInterfaceKind::Cellular}, {"enp3s0", KVRInterfaceKind::Wired},
+        {"missing0", KVRInterfaceKind::Wired},
+    };
+    for (const auto& [name, kind] : table) {
+        EXPECT_EQ(KVRRouteProbe::interfaceKind(name, IFF_UP, sys.path()), kind) << name;
+    }
+    EXPECT_EQ(KVRRouteProbe::interfaceKind("lo", IFF_UP | IFF_LOOPBACK, sys.path()), KVRInterfaceKind::Loopback);
+}
+
+// The notifier posts the instance whose flags changed; an observer may stop
+// it and drop the last reference from inside the notification.
+TEST(KVRReachability, TheNotifierPostsTheInstanceWhenItsFlagsChange) {
+    KVRReachability::setFlagsOverride(R::kFlagReachable);
+    auto reachability = KVRReachability::reachabilityWithHostName("127.0.0.1");
+    std::promise<KVRNetworkStatus> posted;
+    auto token = KVRNotificationCenter::defaultCenter().addObserver(
+        KVRReachability::kNetworkReachabilityChangedNotification, [&](const KVRNotification& note) {
+            auto instance = std::any_cast<std::shared_ptr<KVRReachability>>(note.object);
+            if (instance != reachability) return;
+            instance->stopNotifier();
+            reachability.reset();
+            posted.set_value(instance->currentReachabilityStatus());
+        });
+    ASSERT_TRUE(reachability->startNotifier());
+    KVRReachability::setFlagsOverride(0);
+    auto status = posted.get_future();
+    ASSERT_EQ(status.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    EXPECT_EQ(status.get(), NotReachable);
+    KVRNotificationCenter::defaultCenter().removeObserver(token);
+    KVRReachability::setFlagsOverride(std::nullopt);
 }
 
 }  // namespace
