@@ -7,7 +7,6 @@
 
 #include "Host/KVRCommunicationController.h"
 #include "Persistence/KVRDataBaseController.h"
-#include "Persistence/KVRStoreFileInspector.h"
 #include "Platform/KVRPropertyList.h"
 #include "Utils/KVRReachability.h"
 #include "testing/KVRFakeExchange.h"
@@ -120,25 +119,6 @@ protected:
     KVRLogCapture log_;
     std::atomic<int> exchanges_{0};
 };
-
-TEST_F(DataBaseControllerTest, CreateMakesTheContactsTableOnceAndEmptyTableClearsIt) {
-    auto& shared = controller();
-    std::filesystem::remove(legacyPath());
-    shared.createDB();
-    EXPECT_FALSE(shared.Founded);
-    ASSERT_TRUE(std::filesystem::exists(legacyPath()));
-    {
-        LegacyDatabase legacy(legacyPath());  // "if not exists": a second create changes nothing
-        legacy.insert(approvedCredit());
-        legacy.insert(declinedDebit());
-    }
-    shared.create();
-    EXPECT_TRUE(shared.Founded);
-
-    EXPECT_EQ(KVRStoreFileInspector(legacyPath()).count("contacts"), 2);
-    KVRDataBaseController::emptyTable();
-    EXPECT_EQ(KVRStoreFileInspector(legacyPath()).count("contacts"), 0);
-}
 
 TEST_F(DataBaseControllerTest, RowsArriveWithTheirConversionsAndAreCopiedOnlyOnce) {
     auto merchant = KVRMerchantModel::create();
