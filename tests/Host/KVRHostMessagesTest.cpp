@@ -9,27 +9,6 @@
 
 namespace {
 
-std::string headerAtLevelTwo(const KVRHeader& header) {
-    XMLWriter w;
-    w.writeStartElement("Document");
-    w.writeStartElement("AccptrAuthstnReq");
-    size_t before = w.toString().size() + 1;  // the start tag left open is closed first
-    header.write(w);
-    EXPECT_EQ(w.toString()[before - 1], '>');
-    return w.toString().substr(before);
-}
-
-TEST(KVRHeader, MinimalHeaderAtLevelTwoIsFourLines) {
-    KVRHeader header;
-    header.messageFunction = KVRMessageFunctionAUTQ;
-    header.protocolVersion = "2.0";
-    EXPECT_EQ(headerAtLevelTwo(header),
-              "\n\t\t<Hdr>\n"
-              "\t\t\t<MsgFctn>AUTQ</MsgFctn>\n"
-              "\t\t\t<PrtcolVrsn>2.0</PrtcolVrsn>\n"
-              "\t\t</Hdr>");
-}
-
 TEST(KVRHeader, FullHeaderWritesEveryChildInOrderAndReadsBack) {
     KVRHeader header;
     header.messageFunction = KVRMessageFunctionCCAV;
@@ -60,26 +39,17 @@ TEST(KVRHeader, FullHeaderWritesEveryChildInOrderAndReadsBack) {
               "\n\t\t<TracDtTmOut>T2</TracDtTmOut>\n\t</Tracblt>"
               "\n</Hdr>");
 
+
+    // What is read back writes the same text again.
     TBXML xml(w.toString());
     KVRHeader read;
     read.read(xml.rootXMLElement()->firstChild);
-    EXPECT_EQ(read.messageFunction, KVRMessageFunctionCCAV);
-    EXPECT_EQ(read.protocolVersion, "2.0");
-    EXPECT_EQ(read.exchangeIdentification, "");
-    EXPECT_EQ(read.creationDateTime, "2024-05-01T10:00:00");
-    ASSERT_TRUE(read.initiatingParty);
-    EXPECT_EQ(read.initiatingParty->identification, "12345678");
-    EXPECT_EQ(read.initiatingParty->initiatingPartyIssuer, KVRInitiatingPartyMERC);
-    EXPECT_EQ(read.initiatingParty->shortName, "Loja");
-    ASSERT_TRUE(read.recipientParty);
-    EXPECT_EQ(read.recipientParty->identification, std::nullopt);
-    ASSERT_TRUE(read.trace && read.trace->relayIdentification);
-    EXPECT_EQ(read.trace->relayIdentification->initiatingPartyType, KVRInitiatingPartyACQR);
-    EXPECT_EQ(read.trace->traceDateTimeIn, std::nullopt);
-    EXPECT_EQ(read.trace->traceDateTimeOut, "T2");
+    XMLWriter again;
+    read.write(again);
+    EXPECT_EQ(again.toString(), w.toString());
 }
 
-TEST(KVRHeader, ReadingIsLenient) {
+TEST(KVRHeader, ReadingIsLenientAndWritingStrict) {
     TBXML xml("<Hdr><Unknown>1</Unknown><msgfctn>CCAV</msgfctn><MsgFctn>RJCT</MsgFctn>"
               "<InitgPty><Tp>acqr</Tp><Issr>ITAG</Issr></InitgPty></Hdr>");
     KVRHeader header;
@@ -95,26 +65,22 @@ TEST(KVRHeader, ReadingIsLenient) {
     KVRHeader untouched;
     untouched.read(nullptr);
     EXPECT_FALSE(untouched.initiatingParty);
+
+    // A code outside the set abandons the message rather than send a wrong one.
+    untouched.messageFunction = static_cast<KVRMessageFunction>(21);
+    XMLWriter w;
+    EXPECT_THROW(untouched.write(w), KVRException);
 }
 
-TEST(KVRHeader, OutOfRangeCodeAbandonsTheMessage) {
-    KVRHeader header;
-    header.messageFunction = static_cast<KVRMessageFunction>(21);
+TEST(KVRHostAddress, WritesInsideAnUnnamedElementAndReadsTheTextsButNotThePorts) {
+    KVRHostAddress written;
+    written.primaryAddress = "10.0.0.1";
+    written.primaryPortNumber = 443;
+    written.userName = "u";
     XMLWriter w;
-    EXPECT_THROW(header.write(w), KVRException);
-}
-
-TEST(KVRHostAddress, WritesInsideAnUnnamedElement) {
-    KVRHostAddress address;
-    address.primaryAddress = "10.0.0.1";
-    address.primaryPortNumber = 443;
-    address.userName = "u";
-    XMLWriter w;
-    address.write(w);
+    written.write(w);
     EXPECT_EQ(w.toString(), "\n<>\n\t<PmryAdr>10.0.0.1</PmryAdr>\n\t<PmryPortNb>443</PmryPortNb>\n\t<UsrNm>u</UsrNm>\n</>");
-}
 
-TEST(KVRHostAddress, ReadTakesTheTextsButNotThePorts) {
     TBXML xml("<Adr><PmryAdr>10.0.0.1</PmryAdr><PmryPortNb>443</PmryPortNb><ScndryAdr>10.0.0.2</ScndryAdr>"
               "<ScndryPortNb>8443</ScndryPortNb><UsrNm>user</UsrNm><AccsCd>code</AccsCd><Other>x</Other></Adr>");
     KVRHostAddress address;

@@ -11,6 +11,7 @@
 
 #include <fstream>
 #include <sstream>
+#include <vector>
 
 namespace {
 
@@ -46,38 +47,33 @@ TEST(KVRXmlUtil, SavesUnderTheDocumentsDirectory) {
 
 class KVRServiceEndpointTest : public KVRTestFixture {};
 
-TEST_F(KVRServiceEndpointTest, HomologationSelectsStagingOnEveryCall) {
+// Homologation is read on every call: a terminal switched to staging must
+// never send its next sale to production.
+TEST_F(KVRServiceEndpointTest, HomologationSelectsStagingOnEveryCallAndHostsHaveDefaults) {
+    using E = KVRServiceEndpoint;
+    KVRApplicationInfo::setValue("Kovra TMS Host", std::string(""));  // set but empty is the default too
+    auto urls = [] { return std::vector<std::string>{E::tmsUrl(), E::authorizerUrl(), E::cancellationUrl(), E::mailUrl()}; };
+    EXPECT_EQ(urls(), (std::vector<std::string>{"https://tms.kovra.com.br/Report", "https://authorizer.kovra.com.br/Authorize",
+                                                "https://authorizer.kovra.com.br/CancellationAdvice",
+                                                "https://mail.kovra.com.br/send"}));
+    KVRApplicationInfo::setValue("Kovra Homologation", true);
+    EXPECT_TRUE(E::isHolomogation());
+    EXPECT_EQ(urls(), (std::vector<std::string>{"https://tms.staging.kovra.com.br/Report",
+                                                "https://authorizer.staging.kovra.com.br/Authorize",
+                                                "https://authorizer.staging.kovra.com.br/CancellationAdvice",
+                                                "https://mail.kovra.com.br/send"}));
+
     KVRApplicationInfo::setValue("Kovra TMS Host", std::string("tms.example"));
     KVRApplicationInfo::setValue("Kovra TMS Staging Host", std::string("tms-hml.example"));
     KVRApplicationInfo::setValue("Kovra Authorizer Host", std::string("auth.example"));
     KVRApplicationInfo::setValue("Kovra Authorizer Staging Host", std::string("127.0.0.1:8443"));
     KVRApplicationInfo::setValue("Kovra Mail Host", std::string("mail.example"));
-
-    EXPECT_FALSE(KVRServiceEndpoint::isHolomogation());
-    EXPECT_EQ(KVRServiceEndpoint::tmsUrl(), "https://tms.example/Report");
-    EXPECT_EQ(KVRServiceEndpoint::authorizerUrl(), "https://auth.example/Authorize");
-    EXPECT_EQ(KVRServiceEndpoint::cancellationUrl(), "https://auth.example/CancellationAdvice");
-
-    KVRApplicationInfo::setValue("Kovra Homologation", true);
-    EXPECT_TRUE(KVRServiceEndpoint::isHolomogation());
-    EXPECT_EQ(KVRServiceEndpoint::tmsUrl(), "https://tms-hml.example/Report");
-    EXPECT_EQ(KVRServiceEndpoint::authorizerUrl(), "https://127.0.0.1:8443/Authorize");
-    EXPECT_EQ(KVRServiceEndpoint::cancellationUrl(), "https://127.0.0.1:8443/CancellationAdvice");
-    EXPECT_EQ(KVRServiceEndpoint::mailUrl(), "https://mail.example/send");
-
+    EXPECT_EQ(urls(), (std::vector<std::string>{"https://tms-hml.example/Report", "https://127.0.0.1:8443/Authorize",
+                                                "https://127.0.0.1:8443/CancellationAdvice", "https://mail.example/send"}));
     KVRApplicationInfo::setValue("Kovra Homologation", false);
-    EXPECT_EQ(KVRServiceEndpoint::authorizerUrl(), "https://auth.example/Authorize");
-}
-
-TEST_F(KVRServiceEndpointTest, DefaultsWhenHostsAreNotConfigured) {
-    KVRApplicationInfo::setValue("Kovra TMS Host", std::string(""));
-    EXPECT_EQ(KVRServiceEndpoint::tmsUrl(), "https://tms.kovra.com.br/Report");
-    EXPECT_EQ(KVRServiceEndpoint::authorizerUrl(), "https://authorizer.kovra.com.br/Authorize");
-    EXPECT_EQ(KVRServiceEndpoint::mailUrl(), "https://mail.kovra.com.br/send");
-    KVRApplicationInfo::setValue("Kovra Homologation", true);
-    EXPECT_EQ(KVRServiceEndpoint::tmsUrl(), "https://tms.staging.kovra.com.br/Report");
-    EXPECT_EQ(KVRServiceEndpoint::cancellationUrl(), "https://authorizer.staging.kovra.com.br/CancellationAdvice");
-    EXPECT_EQ(KVRServiceEndpoint::mailUrl(), "https://mail.kovra.com.br/send");
+    EXPECT_FALSE(E::isHolomogation());
+    EXPECT_EQ(urls(), (std::vector<std::string>{"https://tms.example/Report", "https://auth.example/Authorize",
+                                                "https://auth.example/CancellationAdvice", "https://mail.example/send"}));
 }
 
 }  // namespace

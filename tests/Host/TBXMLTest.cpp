@@ -35,34 +35,16 @@ std::string outline(const TBXMLElement* e) {
     return text;
 }
 
-TEST(TBXML, BuildsTheTreeWithRawTextsAndLinks) {
-    std::optional<KVRError> error;
-    TBXML xml(
-        "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n<!DOCTYPE Document>\n"
-        "<Document xmlns=\"urn:x\">\n"
-        "\t<Rspn>APPR</Rspn><!-- between siblings -->\n"
-        "\t<Empty/>\n"
-        "\t<ns:Txt k='single' j = \"double &amp; raw\">x &amp; y</ns:Txt>\n"
-        "</Document>",
-        &error);
-    EXPECT_FALSE(error);
+TEST(TBXML, LinksTheTreeBothWays) {
+    TBXML xml("<?xml version=\"1.0\"?>\n<Document xmlns=\"urn:x\">\n\t<Rspn>APPR</Rspn><!-- x -->\n\t<Empty/><ns:Txt/></Document>");
     const TBXMLElement* root = xml.rootXMLElement();
     ASSERT_NE(root, nullptr);
-    EXPECT_STREQ(root->name, "Document");
     EXPECT_EQ(root->parentElement, nullptr);
     EXPECT_EQ(root->nextSibling, nullptr);
-    EXPECT_EQ(TBXML::valueOfAttributeNamed("xmlns", root), "urn:x");
     EXPECT_EQ(childNames(root), (std::vector<std::string>{"Rspn", "Empty", "ns:Txt"}));
-
     const TBXMLElement* rspn = root->firstChild;
     const TBXMLElement* empty = rspn->nextSibling;
     const TBXMLElement* txt = empty->nextSibling;
-    EXPECT_STREQ(rspn->text, "APPR");
-    EXPECT_STREQ(empty->text, "");
-    EXPECT_EQ(empty->firstChild, nullptr);
-    EXPECT_STREQ(txt->text, "x &amp; y");
-    EXPECT_EQ(TBXML::valueOfAttributeNamed("k", txt), "single");
-    EXPECT_EQ(TBXML::valueOfAttributeNamed("j", txt), "double &amp; raw");
     EXPECT_EQ(rspn->previousSibling, nullptr);
     EXPECT_EQ(empty->previousSibling, rspn);
     EXPECT_EQ(txt->previousSibling, empty);
@@ -81,7 +63,7 @@ TEST(TBXML, RawTextsAndEveryElementEvenPastFaults) {
         {"<A>x<!-- gone -->y<![CDATA[]]></A>", "A=xy"},
         {"<A>&lt;&#233;&unknown;caf\xC3\xA9</A>", "A=&lt;&#233;&unknown;caf\xC3\xA9"},
         {"<R><A>1</B><C>2</C></R>", "R(A=1,C=2)"},
-        {"<R><A x=1 y = '2' z w=\"a>b\" v=/p/q>t</A><B u=3/></R>", "R(A[x=1,y=2,z=,w=a>b,v=/p/q]=t,B[u=3])"},
+        {"<R><A x=1 y = '2' z w=\"a>b&amp;\" v=/p/q>t</A><B u=3/></R>", "R(A[x=1,y=2,z=,w=a>b&amp;,v=/p/q]=t,B[u=3])"},
         {"<Document><Cfg><Hdr>x</Hdr></Cfg>", "Document(Cfg(Hdr=x))"},
         {"<R><A>cut short", "R(A=cut short)"},
         {"<R><A b=\"cut short", "R(A[b=cut short])"},
@@ -106,9 +88,8 @@ TEST(TBXML, LookupsMatchNamesExactlyAndReportWhatIsMissing) {
     const TBXMLElement* first = TBXML::childElementNamed("X", root);
     ASSERT_NE(first, nullptr);
     EXPECT_EQ(TBXML::valueOfAttributeNamed("id", first), "1");
-    const TBXMLElement* second = TBXML::nextSiblingNamed("X", first);
-    ASSERT_NE(second, nullptr);
-    EXPECT_EQ(TBXML::valueOfAttributeNamed("id", second), "2");
+    EXPECT_EQ(TBXML::valueOfAttributeNamed("id", TBXML::nextSiblingNamed("X", first)), "2");
+    EXPECT_EQ(TBXML::nextSiblingNamed("X", TBXML::nextSiblingNamed("X", first)), nullptr);
     EXPECT_EQ(TBXML::elementName(TBXML::childElementNamed("a:X", root)), "a:X");
 
     struct Miss {
@@ -119,8 +100,6 @@ TEST(TBXML, LookupsMatchNamesExactlyAndReportWhatIsMissing) {
     const Miss misses[] = {
         {"child, wrong case", [&](auto* e) { EXPECT_EQ(TBXML::childElementNamed("x", root, e), nullptr); },
          TBXMLErrorElementNotFound},
-        {"no later sibling", [&](auto* e) { EXPECT_EQ(TBXML::nextSiblingNamed("X", second, e), nullptr); },
-         TBXMLErrorElementNotFound},
         {"null parent", [&](auto* e) { EXPECT_EQ(TBXML::childElementNamed("X", nullptr, e), nullptr); },
          TBXMLErrorElementIsNil},
         {"empty name", [&](auto* e) { EXPECT_EQ(TBXML::childElementNamed("", root, e), nullptr); },
@@ -128,7 +107,6 @@ TEST(TBXML, LookupsMatchNamesExactlyAndReportWhatIsMissing) {
         {"attribute", [&](auto* e) { EXPECT_EQ(TBXML::valueOfAttributeNamed("ID", first, e), std::nullopt); },
          TBXMLErrorAttributeNotFound},
         {"text of null", [&](auto* e) { EXPECT_EQ(TBXML::textForElement(nullptr, e), ""); }, TBXMLErrorElementIsNil},
-        {"name of null", [&](auto* e) { EXPECT_EQ(TBXML::elementName(nullptr, e), ""); }, TBXMLErrorElementIsNil},
     };
     for (const auto& miss : misses) {
         SCOPED_TRACE(miss.name);
@@ -141,31 +119,13 @@ TEST(TBXML, LookupsMatchNamesExactlyAndReportWhatIsMissing) {
     }
 }
 
-TEST(TBXML, ErrorTexts) {
-    const char* texts[] = {"Data is nil",         "Decode failure",        "Unable to allocate memory",
-                           "File not found in bundle", "Element is nil",   "Element name is nil",
-                           "Element not found",   "Element text is nil",   "Attribute is nil",
-                           "Attribute name is nil", "Attribute not found", "Parameter name is nil"};
-    for (long code = 0; code < 12; ++code) EXPECT_EQ(TBXML::errorText(code), texts[code]);
-    EXPECT_EQ(TBXML::errorText(12), "No Error Description!");
-    EXPECT_EQ(TBXML::errorText(-1), "No Error Description!");
-}
-
-TEST(TBXML, EmptyOrMissingInputGivesNoRoot) {
+TEST(TBXML, NoDataIsNotADecodeFailure) {
     std::optional<KVRError> error;
-    TBXML empty("", &error);
-    EXPECT_EQ(empty.rootXMLElement(), nullptr);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), TBXMLErrorDecodeFailed);
-
-    error.reset();
     TBXML nil(nullptr, 0, &error);
     EXPECT_EQ(nil.rootXMLElement(), nullptr);
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code(), TBXMLErrorDataNil);
-
-    TBXML moved = std::move(nil);
-    EXPECT_EQ(nil.rootXMLElement(), nullptr);  // NOLINT(bugprone-use-after-move): a moved-from document is empty
+    EXPECT_EQ(error->localizedDescription(), "Data is nil");
 }
 
 // Inputs a broken or hostile host might send: each must come back with no
@@ -210,6 +170,7 @@ TEST(TBXML, HostileInputsGiveAnEmptyOrPartialTree) {
         {"truncated reply", "<Document><AccptrAuthstnRspn><Hdr><MsgFctn>AUT", true, 4},
         {"entities in a doctype", laughs, true, 1},
         {"plain text", "Service Unavailable", false, 0},
+        {"empty", "", false, 0},
         {"lone angle brackets", "<<<<>>>></", false, 0},
     };
     for (const auto& c : cases) {
@@ -220,6 +181,7 @@ TEST(TBXML, HostileInputsGiveAnEmptyOrPartialTree) {
         if (c.depth) EXPECT_EQ(depthAlongFirstChildren(xml.rootXMLElement()), *c.depth);
         EXPECT_EQ(error.has_value(), xml.rootXMLElement() == nullptr);
         if (error) EXPECT_EQ(error->code(), TBXMLErrorDecodeFailed);
+        if (error) EXPECT_EQ(error->localizedDescription(), "Decode failure");
     }
     TBXML entities(laughs);
     EXPECT_STREQ(entities.rootXMLElement()->text, "&l9;");
@@ -231,22 +193,17 @@ TEST(TBXML, ReadsPlainAndGzipFiles) {
     std::ofstream(dir.file("plain.xml"), std::ios::binary) << xml;
     std::ofstream(dir.file("packed.xml.gz"), std::ios::binary) << *KVRDataCoding::gzipDeflate(xml);
     std::ofstream(dir.file("broken.gz"), std::ios::binary) << KVRDataCoding::gzipDeflate(xml)->substr(0, 12);
-    for (const char* name : {"plain.xml", "packed.xml.gz"}) {
+    const std::pair<const char*, std::optional<long>> cases[] = {{"plain.xml", std::nullopt},
+                                                                 {"packed.xml.gz", std::nullopt},
+                                                                 {"absent.xml", TBXMLErrorFileNotFoundInBundle},
+                                                                 {"broken.gz", TBXMLErrorDecodeFailed}};
+    for (const auto& [name, code] : cases) {
         SCOPED_TRACE(name);
         std::optional<KVRError> error;
         TBXML file = TBXML::fromFile(dir.file(name), &error);
-        EXPECT_FALSE(error);
-        ASSERT_NE(file.rootXMLElement(), nullptr);
-        EXPECT_EQ(childNames(file.rootXMLElement()), std::vector<std::string>{"Aid"});
+        EXPECT_EQ(error ? std::optional<long>(error->code()) : std::nullopt, code);
+        EXPECT_EQ(childNames(file.rootXMLElement()), code ? std::vector<std::string>{} : std::vector<std::string>{"Aid"});
     }
-    std::optional<KVRError> error;
-    EXPECT_EQ(TBXML::fromFile(dir.file("absent.xml"), &error).rootXMLElement(), nullptr);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), TBXMLErrorFileNotFoundInBundle);
-    error.reset();
-    EXPECT_EQ(TBXML::fromFile(dir.file("broken.gz"), &error).rootXMLElement(), nullptr);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), TBXMLErrorDecodeFailed);
 }
 
 }  // namespace

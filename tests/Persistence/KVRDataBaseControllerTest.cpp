@@ -65,15 +65,6 @@ public:
         sqlite3_finalize(statement);
     }
 
-    int count() {
-        sqlite3_stmt* statement = nullptr;
-        sqlite3_prepare_v2(db_, "SELECT count(*) FROM contacts", -1, &statement, nullptr);
-        sqlite3_step(statement);
-        int n = sqlite3_column_int(statement, 0);
-        sqlite3_finalize(statement);
-        return n;
-    }
-
 private:
     sqlite3* db_ = nullptr;
 };
@@ -126,26 +117,6 @@ protected:
     KVRLogCapture log_;
     std::atomic<int> exchanges_{0};
 };
-
-TEST_F(DataBaseControllerTest, CreateMakesTheContactsTableOnceAndEmptyTableClearsIt) {
-    auto& shared = controller();
-    std::filesystem::remove(legacyPath());
-    shared.createDB();
-    EXPECT_FALSE(shared.Founded);
-    ASSERT_TRUE(std::filesystem::exists(legacyPath()));
-    {
-        LegacyDatabase legacy(legacyPath());  // "if not exists": a second create changes nothing
-        legacy.insert(approvedCredit());
-        legacy.insert(declinedDebit());
-    }
-    shared.create();
-    EXPECT_TRUE(shared.Founded);
-
-    LegacyDatabase legacy(legacyPath(), "SELECT 1");
-    EXPECT_EQ(legacy.count(), 2);
-    KVRDataBaseController::emptyTable();
-    EXPECT_EQ(legacy.count(), 0);
-}
 
 TEST_F(DataBaseControllerTest, RowsArriveWithTheirConversionsAndAreCopiedOnlyOnce) {
     auto merchant = KVRMerchantModel::create();
