@@ -30,11 +30,6 @@ void KVRScriptedConnection::setObserver(std::function<void(const std::string& re
     observer_ = std::move(observer);
 }
 
-void KVRScriptedConnection::setConnected(bool connected) {
-    std::lock_guard lock(mutex_);
-    connected_ = connected;
-}
-
 std::vector<std::string> KVRScriptedConnection::requests() const {
     std::lock_guard lock(mutex_);
     return requests_;
@@ -96,9 +91,4 @@ const char* KVRScriptedConnection::readMessage() {
     std::lock_guard lock(mutex_);
     reply_ = answer.back();
     return reply_.c_str();
-}
-
-bool KVRScriptedConnection::isDeviceConnected() {
-    std::lock_guard lock(mutex_);
-    return connected_;
 }

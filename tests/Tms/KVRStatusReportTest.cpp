@@ -3,7 +3,6 @@
 #include <kovra/KVRException.h>
 
 #include "Host/KVRHostMessageFixtures.h"
-#include "Host/XMLWriter.h"
 #include "Tms/KVRStatusReportFactory.h"
 #include "Utils/KVRClock.h"
 
@@ -35,28 +34,6 @@ TEST_F(KVRStatusReportTest, EmptyKovraCodeIsSentAsAnEmptyIdentification) {
     EXPECT_NE(text.find("<Tp>MRPR</Tp>\n\t\t\t\t\t\t<Id>\n\t\t\t\t\t\t\t<Id></Id>\n\t\t\t\t\t\t\t<PrvdrId>KOVRACODE</PrvdrId>"),
               std::string::npos)
         << text;
-}
-
-TEST(KVRPoilIdentification, PartyTypeAndIssuerAreWrittenOnlyWhenNotZero) {
-    struct Case {
-        KVRPartyType type, issuer;
-        const char* expected;
-    } cases[] = {
-        {KVRPartyTypeACCP, KVRPartyTypeACCP, "\n<POIId>\n\t<Id>K</Id>\n</POIId>"},
-        {KVRPartyTypeMERC, KVRPartyTypeACCP, "\n<POIId>\n\t<Tp>MERC</Tp>\n\t<Id>K</Id>\n</POIId>"},
-        {KVRPartyTypeACCP, KVRPartyTypeMTMG, "\n<POIId>\n\t<Issr>MTMG</Issr>\n\t<Id>K</Id>\n</POIId>"},
-        // A number with no code keeps its element, with nothing in it.
-        {static_cast<KVRPartyType>(7), KVRPartyTypeACCP, "\n<POIId>\n\t<Tp />\n\t<Id>K</Id>\n</POIId>"},
-    };
-    for (const Case& c : cases) {
-        KVRPoilIdentification id;
-        id.type = c.type;
-        id.issuer = c.issuer;
-        id.identification = "K";
-        XMLWriter writer;
-        id.write(writer);
-        EXPECT_EQ(writer.toString(), c.expected) << c.type << "/" << c.issuer;
-    }
 }
 
 TEST_F(KVRStatusReportTest, DataSetWithoutCategoryAbandonsTheWholeDocument) {

@@ -40,12 +40,6 @@ class TableDownloadTest : public ::testing::Test {
 protected:
     void TearDown() override { KVRReachability::setFlagsOverride(std::nullopt); }
 
-    void download(const std::optional<std::string>& key) {
-        KVRTmsController tms;
-        tms.downloadTablesWithSaleAffiliationKey(key, recorder_.block());
-        ASSERT_EQ(recorder_.count(), 1u) << "the controller completes once, before it returns";
-    }
-    KVRCompletionRecorder::Call outcome() const { return recorder_.calls().back(); }
     std::optional<std::string> storedAid() const {
         auto tables = KVRTmsTableModel::findFirst();
         return tables ? tables->aidTable() : std::nullopt;
@@ -57,57 +51,40 @@ protected:
     KVRCompletionRecorder recorder_;
 };
 
-TEST_F(TableDownloadTest, ACompleteReplyReplacesTheOneTableRecord) {
-    storeTables("<AidTbl>old</AidTbl>", "<CapkTable>old</CapkTable>");
+// Only a reply with both tables whole replaces the one table record.
+TEST_F(TableDownloadTest, OnlyACompleteReplyReplacesTheTablesItFound) {
     std::string aid = samples::defaultAidTable();
     std::string capk = samples::defaultCapkTable();
-    host_.replyWith(samples::configurationUpdate(aid, capk));
-    download(std::string("SAK-0042"));
-
-    EXPECT_TRUE(outcome().success);
-    EXPECT_FALSE(outcome().error);
-    auto all = KVRTmsTableModel::findAll();
-    ASSERT_EQ(all.size(), 1u);
-    EXPECT_EQ(all[0]->aidTable(), aid);
-    EXPECT_EQ(all[0]->capkTable(), capk);
-
-    auto posts = host_.requests();
-    ASSERT_EQ(posts.size(), 1u);
-    EXPECT_EQ(posts[0].url, "https://tms.kovra.com.br/Report");
-    EXPECT_NE(posts[0].body.find("<Id>SAK-0042</Id>"), std::string::npos) << posts[0].body;
-}
-
-TEST_F(TableDownloadTest, AFailedDownloadKeepsTheTablesItFound) {
-    std::string aid = samples::defaultAidTable();
-    std::string capk = samples::defaultCapkTable();
+    std::string complete = samples::configurationUpdate(aid, capk);
     struct Row {
         const char* what;
-        std::optional<std::string> reply;
-        std::optional<KVRError> transportError;
-        long code;
+        std::optional<std::string> reply;  // none: the host cannot be reached
+        long code;                         // 0: success
     } rows[] = {
-        {"no CapkTable", samples::configurationUpdate(aid, ""), std::nullopt, 306},
-        {"no AidTbl", samples::configurationUpdate("", capk), std::nullopt, 306},
-        {"reply cut inside the CAPK table",
-         samples::configurationUpdate(aid, capk).substr(0, samples::configurationUpdate(aid, capk).find("</CapkTable>")),
-         std::nullopt, 306},
-        {"empty reply", std::string(), std::nullopt, 306},
-        {"host unreachable", std::nullopt, KVRError(NSURLErrorDomain, NSURLErrorCannotConnectToHost), NSURLErrorCannotConnectToHost},
+        {"no CapkTable", samples::configurationUpdate(aid, ""), 306},
+        {"no AidTbl", samples::configurationUpdate("", capk), 306},
+        {"reply cut inside the CAPK table", complete.substr(0, complete.find("</CapkTable>")), 306},
+        {"empty reply", std::string(), 306},
+        {"host unreachable", std::nullopt, NSURLErrorCannotConnectToHost},
+        {"complete reply", complete, 0},
     };
     storeTables("<AidTbl>kept</AidTbl>", "<CapkTable>kept</CapkTable>");
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
-        if (row.transportError) host_.failWith(*row.transportError);
-        else host_.replyWith(*row.reply);
+        if (row.reply) host_.replyWith(*row.reply);
+        else host_.failWith(KVRError(NSURLErrorDomain, NSURLErrorCannotConnectToHost));
         KVRCompletionRecorder recorder;
         KVRTmsController().downloadTablesWithSaleAffiliationKey(std::string("SAK-0042"), recorder.block());
-        ASSERT_EQ(recorder.count(), 1u);
-        EXPECT_FALSE(recorder.calls()[0].success);
-        ASSERT_TRUE(recorder.calls()[0].error);
-        EXPECT_EQ(recorder.calls()[0].error->code(), row.code);
-        EXPECT_EQ(storedAid(), std::optional<std::string>("<AidTbl>kept</AidTbl>"));
-        EXPECT_EQ(KVRTmsTableModel::findAll().size(), 1u);
+        ASSERT_EQ(recorder.count(), 1u) << "the controller completes once, before it returns";
+        EXPECT_EQ(recorder.calls()[0].success, row.code == 0);
+        EXPECT_EQ(recorder.calls()[0].error ? recorder.calls()[0].error->code() : 0, row.code);
+        EXPECT_EQ(storedAid(), row.code ? std::optional<std::string>("<AidTbl>kept</AidTbl>") : aid);
+        ASSERT_EQ(KVRTmsTableModel::findAll().size(), 1u);
     }
+    EXPECT_EQ(KVRTmsTableModel::findFirst()->capkTable(), capk);
+    auto post = host_.requests().back();
+    EXPECT_EQ(post.url, "https://tms.kovra.com.br/Report");
+    EXPECT_NE(post.body.find("<Id>SAK-0042</Id>"), std::string::npos) << post.body;
 }
 
 TEST_F(TableDownloadTest, NoSaleAffiliationKeyPostsNothing) {

@@ -1,6 +1,5 @@
 #include "Transactions/KVRSaleBench.h"
 
-#include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRMerchantModel.h>
 #include <kovra/KVRQueues.h>
 #include <kovra/KVRTmsTableModel.h>
