@@ -55,7 +55,7 @@ std::string gcrReply(int status, const CardRead& card) {
     fields += area("", 3, 104);
     fields += area(card.pan, 2, 19);
     fields += "00" + field(card.applicationLabel, 16) + field(card.serviceCode, 3) + field(card.cardHolderName, 26) +
-              card.expiration + blanks(29) + "076" + "000";
+              card.expiration + blanks(29) + "076" + "000" + card.acquirerData;
     return reply("GCR", status, fields);
 }
 

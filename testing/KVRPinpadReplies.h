@@ -22,6 +22,8 @@ struct CardRead {
     std::string serviceCode = "201";
     std::string cardHolderName = "MARIA DA SILVA";
     std::string expiration = "281231";  // yyMMdd
+    /// After the fixed fields: what acquirer indexes 1 and 2 add.
+    std::string acquirerData;
 };
 std::string gcrReply(int status, const CardRead& card);
 /// The PIN pad's identity (texts space-filled to their width).

@@ -39,8 +39,10 @@ struct KVRScriptedPinpadOptions {
     int damagedReplies = 0;
 };
 
-/// A PIN pad for tests. On its own thread it reads request frames, records
-/// their texts and answers each with the texts its handler returns: every
+/// A PIN pad on the far side of the real link, for the link's own tests
+/// (command-level tests use KVRScriptedConnection). On its own thread it
+/// reads request frames, records their texts and answers each with the
+/// texts its handler returns: every
 /// text goes out as acknowledgement byte + frame (notifications first, reply
 /// last). An empty answer leaves the PIN pad silent. CAN is answered EOT in
 /// any state. Its frame code is its own, so a fault in the library's framing

@@ -12,7 +12,6 @@
 #include <chrono>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 /// Gives every link test its own log capture; the base fixture gives it a
@@ -46,14 +45,6 @@ protected:
         auto lines = logLines();
         return static_cast<size_t>(std::count_if(lines.begin(), lines.end(),
                                                  [&](const std::string& l) { return l.find(text) != std::string::npos; }));
-    }
-    bool waitForLogLine(const std::string& text, std::chrono::milliseconds timeout = std::chrono::seconds(5)) {
-        auto until = std::chrono::steady_clock::now() + timeout;
-        while (std::chrono::steady_clock::now() < until) {
-            if (countLinesContaining(text) > 0) return true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
-        return false;
     }
 
 private:

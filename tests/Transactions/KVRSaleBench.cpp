@@ -1,12 +1,10 @@
 #include "Transactions/KVRSaleBench.h"
 
-#include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRMerchantModel.h>
 #include <kovra/KVRQueues.h>
 #include <kovra/KVRTmsTableModel.h>
 #include <kovra/KVRTransactionProvider.h>
 
-#include "Pinpad/KVRBluetoothConnection.h"
 #include "Pinpad/KVRCommandController.h"
 #include "Pinpad/KVRPinpadController.h"
 #include "Utils/KVRReachability.h"
@@ -51,13 +49,13 @@ std::string KVRSaleBench::cancellationReply(const std::string& responseCode) {
 KVRSaleBench::KVRSaleBench()
     : authorisation_(body(authorisationReply("APPR"))),
       cancellation_(body(cancellationReply("APPR"))),
-      pinpad_([this](const std::string& request) { return handle(request); }) {
+      pinpad_(KVRScriptedConnection::install()) {
     using namespace KVRPinpadReplies;
-    answer("GIN", {ginReply("KOVRA PINPAD", "KVR-P1", "SN 4400 0077")});
-    answer("GCR", {gcrReply(0, CardRead{})});
-    answer("GOC", {gocReply(0, 2, "1A2B3C4D5E6F7081", "FFFF9876543210E00001", "9F26081122334455667788")});
-    answer("FNC", {fncReply(0, 0)});
-    answer("GPN", {gpnReply(0, "0F1E2D3C4B5A6978", "FFFF9876543210E00002")});
+    pinpad_->reply("GIN", {ginReply("KOVRA PINPAD", "KVR-P1", "SN 4400 0077")});
+    pinpad_->reply("GCR", {gcrReply(0, CardRead{})});
+    pinpad_->reply("GOC", {gocReply(0, 2, "1A2B3C4D5E6F7081", "FFFF9876543210E00001", "9F26081122334455667788")});
+    pinpad_->reply("FNC", {fncReply(0, 0)});
+    pinpad_->reply("GPN", {gpnReply(0, "0F1E2D3C4B5A6978", "FFFF9876543210E00002")});
 
     auto merchant = KVRMerchantModel::create();
     merchant->setSaleAffiliationKey("1234-5678");
@@ -78,22 +76,11 @@ KVRSaleBench::KVRSaleBench()
         return reply.body;
     });
     KVRTestFixture::setNetworkFlags(KVRReachability::kFlagReachable);
-    EXPECT_TRUE(pinpad_.connectSharedLink());
-    KVRPinpadController::sharedController().setConnection(KVRBluetoothConnection::sharedController());
 }
 
 // The link lets go of the scripted PIN pad before it goes; the rest is put
 // back when the test ends.
-KVRSaleBench::~KVRSaleBench() {
-    KVRPinpadController::sharedController().setConnection(nullptr);
-    KVRBluetoothConnection::resetSharedController();
-}
-
-void KVRSaleBench::answer(const std::string& command, std::vector<std::string> replies) {
-    std::lock_guard lock(mutex_);
-    replies_[command] = std::move(replies);
-    served_[command] = 0;
-}
+KVRSaleBench::~KVRSaleBench() { KVRPinpadController::sharedController().setConnection(nullptr); }
 
 void KVRSaleBench::setAuthorisationReply(HostReply reply) {
     std::lock_guard lock(mutex_);
@@ -105,40 +92,13 @@ void KVRSaleBench::setCancellationReply(HostReply reply) {
     cancellation_ = std::move(reply);
 }
 
-void KVRSaleBench::setObserver(std::function<void(const std::string& request)> observer) {
-    std::lock_guard lock(mutex_);
-    observer_ = std::move(observer);
-}
-
-std::vector<std::string> KVRSaleBench::handle(const std::string& request) {
-    std::string command = request.substr(0, 3);
-    std::function<void(const std::string&)> observer;
-    {
-        std::lock_guard lock(mutex_);
-        observer = observer_;
-    }
-    if (observer) observer(request);
-    std::lock_guard lock(mutex_);
-    auto found = replies_.find(command);
-    if (found == replies_.end() || found->second.empty()) return {KVRPinpadReplies::statusReply(request, 0)};
-    size_t index = std::min(served_[command]++, found->second.size() - 1);
-    const std::string& reply = found->second[index];
-    if (reply.empty()) return {};
-    return {reply};
-}
-
-std::shared_ptr<KVRCompletionRecorder> KVRSaleBench::start(const std::shared_ptr<KVRTransactionModel>& transaction) {
+KVRCompletionRecorder::Call KVRSaleBench::sell(const std::shared_ptr<KVRTransactionModel>& transaction) {
+    // The recorder lives as long as the completion that records into it.
     auto recorder = std::make_shared<KVRCompletionRecorder>();
     KVRCompletion block = recorder->block();
-    // The recorder lives as long as the completion that records into it.
     KVRTransactionProvider::sendTransaction(transaction, [recorder, block](bool success, std::optional<KVRError> error) {
         block(success, std::move(error));
     });
-    return recorder;
-}
-
-KVRCompletionRecorder::Call KVRSaleBench::sell(const std::shared_ptr<KVRTransactionModel>& transaction) {
-    auto recorder = start(transaction);
     EXPECT_TRUE(recorder->waitForCalls(1, std::chrono::seconds(60))) << "the sale never completed";
     auto calls = recorder->calls();
     EXPECT_EQ(calls.size(), 1u);
@@ -154,7 +114,7 @@ std::shared_ptr<KVRTransactionModel> KVRSaleBench::newSale(long long amount, int
 
 std::vector<std::string> KVRSaleBench::displays() const {
     std::vector<std::string> shown;
-    for (const auto& request : pinpad_.requests()) {
+    for (const auto& request : pinpad_->requests()) {
         std::string command = request.substr(0, 3);
         if (command != "DSP" && command != "RMC") continue;
         std::string message = request.size() > 6 ? request.substr(6) : std::string();
@@ -162,20 +122,6 @@ std::vector<std::string> KVRSaleBench::displays() const {
         shown.push_back(command + " " + trimRight(message.substr(0, 16)) + "|" + trimRight(message.substr(16, 16)));
     }
     return shown;
-}
-
-std::vector<std::string> KVRSaleBench::commands() const {
-    std::vector<std::string> names;
-    for (const auto& request : pinpad_.requests()) names.push_back(request.substr(0, 3));
-    return names;
-}
-
-std::vector<std::string> KVRSaleBench::requestsOf(const std::string& command) const {
-    std::vector<std::string> matching;
-    for (const auto& request : pinpad_.requests()) {
-        if (request.rfind(command, 0) == 0) matching.push_back(request);
-    }
-    return matching;
 }
 
 std::vector<KVRFakeExchange::Request> KVRSaleBench::hostRequests(const std::string& path) const {

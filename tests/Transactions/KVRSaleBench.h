@@ -4,11 +4,9 @@
 
 #include "testing/KVRCompletionRecorder.h"
 #include "testing/KVRFakeExchange.h"
-#include "testing/KVRScriptedPinpad.h"
+#include "testing/KVRScriptedConnection.h"
 #include "testing/KVRTemporaryStore.h"
 
-#include <functional>
-#include <map>
 #include <memory>
 #include <ostream>
 #include <optional>
@@ -16,10 +14,10 @@
 #include <vector>
 
 /// Everything a sale needs, in process: a temporary store with an enrolled
-/// merchant and EMV tables, a network that counts as up, a scripted PIN pad on
-/// the shared link and a fake acquirer. The PIN pad answers from a script, one
-/// reply list per command (the last reply repeats); the acquirer answers the
-/// authorisation and the cancellation advice with set replies.
+/// merchant and EMV tables, a network that counts as up, a scripted PIN pad
+/// link (KVRScriptedConnection) and a fake acquirer. The PIN pad answers a
+/// card approved on line; the acquirer answers the authorisation and the
+/// cancellation advice with set replies.
 class KVRSaleBench {
 public:
     /// An acquirer reply: a body, or a transport error in NSURLErrorDomain.
@@ -44,16 +42,9 @@ public:
     KVRSaleBench(const KVRSaleBench&) = delete;
     KVRSaleBench& operator=(const KVRSaleBench&) = delete;
 
-    /// Replies for a command ("GCR", "GOC"...): each request takes the next,
-    /// the last repeats. An empty reply text leaves the PIN pad silent.
-    void answer(const std::string& command, std::vector<std::string> replies);
     void setAuthorisationReply(HostReply reply);
     void setCancellationReply(HostReply reply);
-    /// Called on the PIN pad's thread with each request, before it is answered.
-    void setObserver(std::function<void(const std::string& request)> observer);
 
-    /// Starts the sale through the provider; the recorder gets its completion.
-    std::shared_ptr<KVRCompletionRecorder> start(const std::shared_ptr<KVRTransactionModel>& transaction);
     /// The sale through the provider, waiting for its completion.
     KVRCompletionRecorder::Call sell(const std::shared_ptr<KVRTransactionModel>& transaction);
     static std::shared_ptr<KVRTransactionModel> newSale(long long amount, int type = 0);
@@ -61,26 +52,18 @@ public:
     /// The display states shown, "DSP first line|second line" (or "RMC ...")
     /// without trailing blanks.
     std::vector<std::string> displays() const;
-    /// Command names in the order the PIN pad received them.
-    std::vector<std::string> commands() const;
-    std::vector<std::string> requestsOf(const std::string& command) const;
     std::vector<KVRFakeExchange::Request> hostRequests(const std::string& path) const;
 
-    KVRScriptedPinpad& pinpad() { return pinpad_; }
+    KVRScriptedConnection& pinpad() { return *pinpad_; }
     KVRTemporaryStore& store() { return store_; }
 
 private:
-    std::vector<std::string> handle(const std::string& request);
-
     KVRTemporaryStore store_;
     mutable std::mutex mutex_;
-    std::map<std::string, std::vector<std::string>> replies_;
-    std::map<std::string, size_t> served_;
     HostReply authorisation_;
     HostReply cancellation_;
-    std::function<void(const std::string& request)> observer_;
     KVRFakeExchange host_;
-    KVRScriptedPinpad pinpad_;
+    std::shared_ptr<KVRScriptedConnection> pinpad_;
 };
 
 /// Errors in test failures: domain, code and text.
