@@ -18,7 +18,6 @@ class MailProviderTest : public ::testing::Test {
 protected:
     void SetUp() override {
         KVRReachability::setFlagsOverride(KVRReachability::kFlagReachable);
-        exchange_.replyWith(R"({"status":"sent"})");
     }
     void TearDown() override {
         KVRReachability::setFlagsOverride(std::nullopt);
@@ -28,48 +27,40 @@ protected:
     KVRFakeExchange exchange_;
 };
 
-TEST_F(MailProviderTest, ReceiptKindsPickTheTemplateAndOtherKindsSendNothing) {
+TEST_F(MailProviderTest, ReceiptKindsPickTheTemplateAndAnythingElseIsAMessageError) {
     auto transaction = KVRTransactionModel::create();
     transaction->setCardBrand("MasterCard");
+    auto sent = [](KVRFakeExchange& e) { e.replyWith(R"({"status":"sent"})"); };
     struct Row {
+        const char* name;
         int kind;
+        std::function<void(KVRFakeExchange&)> service;
         const char* templateName;
-    } rows[] = {{KVRMailProvider::kReceiptSale, "transaction"},
-                {KVRMailProvider::kReceiptCancellation, "void_transaction"},
-                {3, nullptr},
-                {0, nullptr}};
+        size_t posts;
+    } rows[] = {
+        {"sale", KVRMailProvider::kReceiptSale, sent, "transaction", 1},
+        {"cancellation", KVRMailProvider::kReceiptCancellation, sent, "void_transaction", 1},
+        {"unknown kind", 3, sent, nullptr, 0},
+        {"no kind", 0, sent, nullptr, 0},
+        {"unreachable", 1, [](KVRFakeExchange& e) { e.failWith(KVRError(NSURLErrorDomain, -1004)); }, nullptr, 1},
+        {"HTML page", 1, [](KVRFakeExchange& e) { e.replyWith("<html>503</html>"); }, nullptr, 1},
+        {"empty reply", 1, [](KVRFakeExchange& e) { e.replyWith(""); }, nullptr, 1},
+    };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.kind);
+        SCOPED_TRACE(row.name);
+        row.service(exchange_);
         size_t before = exchange_.requests().size();
         auto call = KVRCompletionRecorder::firstCall([&](KVRCompletion done) {
             KVRMailProvider::sendReceiptViaEmail(row.kind, transaction, "ana@example.com", true, done);
         });
         auto posts = exchange_.requests();
+        ASSERT_EQ(posts.size(), before + row.posts);
         EXPECT_EQ(call.success, row.templateName != nullptr);
         if (row.templateName) {
-            ASSERT_EQ(posts.size(), before + 1);
             EXPECT_EQ(nlohmann::json::parse(posts.back().body).at("template"), row.templateName);
         } else {
             EXPECT_EQ(call.error, KVRErrors::emailMessageError());
-            EXPECT_EQ(posts.size(), before);
         }
-    }
-}
-
-TEST_F(MailProviderTest, FailuresOfTheServiceAreMessageErrors) {
-    auto transaction = KVRTransactionModel::create();
-    std::function<void(KVRFakeExchange&)> failures[] = {
-        [](KVRFakeExchange& e) { e.failWith(KVRError(NSURLErrorDomain, -1004)); },
-        [](KVRFakeExchange& e) { e.replyWith("<html>503</html>"); },
-        [](KVRFakeExchange& e) { e.replyWith(""); },
-    };
-    for (const auto& fail : failures) {
-        fail(exchange_);
-        auto call = KVRCompletionRecorder::firstCall([&](KVRCompletion done) {
-            KVRMailProvider::sendReceiptViaEmail(KVRMailProvider::kReceiptSale, transaction, "a@b.c", false, done);
-        });
-        EXPECT_FALSE(call.success);
-        EXPECT_EQ(call.error, KVRErrors::emailMessageError());
     }
 }
 
@@ -78,6 +69,7 @@ TEST_F(MailProviderTest, FeedbackGoesToTheSupportMailbox) {
         std::optional<std::string> mailbox;
         const char* expected;
     } rows[] = {{std::nullopt, "suporte@kovra.com.br"}, {std::string("help@shop.example"), "help@shop.example"}};
+    exchange_.replyWith(R"({"status":"sent"})");
     for (const auto& row : rows) {
         if (row.mailbox) KVRApplicationInfo::setValue("Kovra Support Mailbox", *row.mailbox);
         EXPECT_TRUE(KVRCompletionRecorder::firstCall([](KVRCompletion done) { KVRMailProvider::sendEmailFeedback("O leitor travou", done); }).success);

@@ -127,64 +127,54 @@ struct Contract {
 
 void PrintTo(const Contract& contract, std::ostream* out) { *out << contract.name; }
 
-KVRTransactionProvider::SaleCompletion withoutRecord(KVRCompletion done) {
-    return [done](bool success, std::optional<KVRError> error, const auto&) { done(success, std::move(error)); };
-}
-
 std::vector<Contract> contracts() {
     using C = Check;
+    using W = const World&;
+    using Done = KVRCompletion;
+    // Completions with a value: (success, value, error) and a sale's (success, error, record).
+    auto two = [](Done done) { return [done](bool ok, auto, std::optional<KVRError> e) { done(ok, e); }; };
+    auto sale = [](Done done) { return [done](bool ok, std::optional<KVRError> e, auto) { done(ok, e); }; };
     const std::vector<Check> byValue = {C::Amount, C::Network, C::Enrolment, C::Pinpad};
     const std::vector<Check> byRecord = {C::Amount, C::ShortName, C::Network, C::Enrolment, C::Pinpad};
-    const auto main = Completes::OnTheMainQueue;
+    const auto main = Completes::OnTheMainQueue, pool = Completes::OnAPool;
     return {
         {"DisplayMessage", {C::Text, C::Pinpad}, main,
-         [](const World& w, KVRCompletion done) { KVRDisplayProvider::displayMessage(displayText(w), done); }},
-        {"GetCardPan", {C::Pinpad}, main,
-         [](const World&, KVRCompletion done) {
-             KVRCardProvider::getCardPan([done](bool ok, auto, std::optional<KVRError> e) { done(ok, e); });
-         }},
+         [](W w, Done done) { KVRDisplayProvider::displayMessage(displayText(w), done); }},
+        {"GetCardPan", {C::Pinpad}, main, [two](W, Done done) { KVRCardProvider::getCardPan(two(done)); }},
         {"ListTransactionsByPan", {C::Pinpad}, main,
-         [](const World&, KVRCompletion done) {
-             KVRTransactionListProvider::listTransactionsByPan([done](bool ok, auto, std::optional<KVRError> e) { done(ok, e); });
-         }},
-        {"LoadTables", {C::Pinpad}, main, [](const World&, KVRCompletion done) { KVRTableLoaderProvider::loadTables(done); }},
+         [two](W, Done done) { KVRTransactionListProvider::listTransactionsByPan(two(done)); }},
+        {"LoadTables", {C::Pinpad}, main, [](W, Done done) { KVRTableLoaderProvider::loadTables(done); }},
         {"ConnectToPinpad", {C::Pinpad}, Completes::OnTheCaller,
-         [](const World&, KVRCompletion done) { KVRPinPadConnectionProvider::connectToPinpad(done); }},
-        {"ActivateKovraCode", {C::Network, C::NewCode}, Completes::OnAPool,
-         [](const World& w, KVRCompletion done) {
+         [](W, Done done) { KVRPinPadConnectionProvider::connectToPinpad(done); }},
+        {"ActivateKovraCode", {C::Network, C::NewCode}, pool,
+         [](W w, Done done) {
              KVRKovraCodeActivationProvider::activateKovraCode(w.fails(C::NewCode) ? "KOVRA-0001" : "KOVRA-0002", done);
          }},
-        {"DownLoadTables", {C::Network, C::Enrolment}, Completes::OnAPool,
-         [](const World&, KVRCompletion done) { KVRTableDownloaderProvider::downLoadTables(done); }},
-        {"CancelTransaction", {C::Cancellable, C::Network, C::Enrolment}, Completes::OnAPool,
-         [](const World& w, KVRCompletion done) { KVRCancellationProvider::cancelTransaction(saleToCancel(w), done); }},
+        {"DownLoadTables", {C::Network, C::Enrolment}, pool,
+         [](W, Done done) { KVRTableDownloaderProvider::downLoadTables(done); }},
+        {"CancelTransaction", {C::Cancellable, C::Network, C::Enrolment}, pool,
+         [](W w, Done done) { KVRCancellationProvider::cancelTransaction(saleToCancel(w), done); }},
         {"SendReceiptViaEmail", {C::Network}, main,
-         [](const World&, KVRCompletion done) {
-             KVRMailProvider::sendReceiptViaEmail(KVRMailProvider::kReceiptSale, KVRTransactionModel::create(),
-                                                  "ana@example.com", true, done);
+         [](W, Done done) {
+             KVRMailProvider::sendReceiptViaEmail(1, KVRTransactionModel::create(), "a@b.c", true, done);
          }},
-        {"SendEmailFeedback", {C::Network}, main,
-         [](const World&, KVRCompletion done) { KVRMailProvider::sendEmailFeedback("oi", done); }},
+        {"SendEmailFeedback", {C::Network}, main, [](W, Done done) { KVRMailProvider::sendEmailFeedback("oi", done); }},
         {"SendTransactionWithValue", byValue, main,
-         [](const World& w, KVRCompletion done) {
-             KVRTransactionProvider().sendTransactionWithValue(amount(w), 0, 0, "ORDER-1", done);
-         }},
+         [](W w, Done done) { KVRTransactionProvider().sendTransactionWithValue(amount(w), 0, 0, "ORDER-1", done); }},
         {"SendTransactionWithValueOrderIdentification", byValue, main,
-         [](const World& w, KVRCompletion done) {
+         [](W w, Done done) {
              KVRTransactionProvider().sendTransactionWithValueOrderIdentification(amount(w), 1, 2, "ORDER-1", done);
          }},
         {"SendTransactionWithValueReturningRecord", byValue, main,
-         [](const World& w, KVRCompletion done) {
-             KVRTransactionProvider().sendTransactionWithValueReturningRecord(amount(w), 0, 12, "", withoutRecord(done));
+         [sale](W w, Done done) {
+             KVRTransactionProvider().sendTransactionWithValueReturningRecord(amount(w), 0, 12, "", sale(done));
          }},
         {"SendTransaction", byRecord, main,
-         [](const World& w, KVRCompletion done) { KVRTransactionProvider::sendTransaction(saleRecord(w), done); }},
+         [](W w, Done done) { KVRTransactionProvider::sendTransaction(saleRecord(w), done); }},
         {"SendTransactionReturningRecord", byRecord, main,
-         [](const World& w, KVRCompletion done) {
-             KVRTransactionProvider::sendTransactionReturningRecord(saleRecord(w), withoutRecord(done));
-         }},
-        {"Recover", {}, Completes::OnAPool,
-         [](const World&, KVRCompletion done) { KVRJournalProvider::recover([done](auto) { done(true, std::nullopt); }); }},
+         [sale](W w, Done done) { KVRTransactionProvider::sendTransactionReturningRecord(saleRecord(w), sale(done)); }},
+        {"Recover", {}, pool,
+         [](W, Done done) { KVRJournalProvider::recover([done](auto) { done(true, std::nullopt); }); }},
     };
 }
 

@@ -207,10 +207,7 @@ TEST_F(QueryProvidersTest, UnusableRegisterPlistGivesAnEmptyViewNoEnrolmentAndNo
         std::filesystem::remove_all(registerPlist());
         row.make(registerPlist());
         KVRUserInfoProvider user;
-        EXPECT_FALSE(user.afKey);
-        EXPECT_FALSE(user.documentNumber);
-        EXPECT_FALSE(user.store);
-        EXPECT_FALSE(user.address);
+        EXPECT_FALSE(user.afKey || user.documentNumber || user.store || user.address);
         EXPECT_TRUE(!user.kovracode || user.kovracode->empty());
         EXPECT_FALSE(KVRValidationProvider::validateActivation());
     }

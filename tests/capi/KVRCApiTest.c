@@ -1,7 +1,10 @@
 /* The C interface from a C program, against the two emulators: a merchant's
- * day (enrol, tables, sales, an abort, a cancellation, the lists) as an
- * application written in C would run it. Run by kovra_emulators.py, which
- * starts the emulators with the third card read held for ten seconds. */
+ * day (enrol, tables, sales, an abort, a cancellation) as an application
+ * written in C would run it, with the blocking calls and the callback variant
+ * from C threads. The lists and the journal in JSON are the Python package's
+ * (tests/python), which reads them through the same functions. Run by
+ * kovra_emulators.py, which starts the emulators with the third card read
+ * held for ten seconds. */
 #define _POSIX_C_SOURCE 200809L
 
 #include <kovra/kovra.h>
@@ -97,7 +100,6 @@ int main(void) {
         fprintf(stderr, "run me through kovra_emulators.py\n");
         return 2;
     }
-    CHECK(strcmp(kovra_version(), KOVRA_EXPECTED_VERSION) == 0);
     expect_code(kovra_config_load(info), KOVRA_OK, "config");
     expect_code(kovra_set_data_directory(data), KOVRA_OK, "data directory");
 
@@ -133,6 +135,8 @@ int main(void) {
     char* json = approved ? kovra_transaction_json(approved) : NULL;
     CHECK(contains(json, "\"status\":2") && contains(json, "\"amount\":1500"));
     kovra_free(json);
+    kovra_transaction* found = NULL;
+    if (fields.reference) expect_code(kovra_transaction_find(fields.reference, &found), KOVRA_OK, "find by reference");
 
     /* Declined: an error, and the stored record with it. */
     kovra_transaction* declined = NULL;
@@ -155,12 +159,7 @@ int main(void) {
     expect_code(sale_wait_end(&aborted_sale, &aborted, &on_caller), 214, "aborted sale");
     CHECK(aborted == NULL);
 
-    /* The approved sale cancelled at the acquirer, found again by its reference. */
-    kovra_transaction* found = NULL;
-    if (approved) {
-        expect_code(kovra_transaction_record(approved, &fields), KOVRA_OK, "record again");
-        expect_code(kovra_transaction_find(fields.reference, &found), KOVRA_OK, "find by reference");
-    }
+    /* The approved sale, found by its reference, cancelled at the acquirer. */
     if (found) {
         expect_code(kovra_cancel(found), KOVRA_OK, "cancellation");
         expect_code(kovra_transaction_record(found, &fields), KOVRA_OK, "cancelled record");
@@ -170,18 +169,7 @@ int main(void) {
     expect_code(kovra_transaction_find("no such reference", &missing), KOVRA_ERROR_NOT_FOUND, "unknown reference");
     CHECK(missing == NULL);
 
-    expect_code(kovra_transactions_json(&json), KOVRA_OK, "list");
-    CHECK(contains(json, "\"status\":5") && contains(json, "\"status\":1") && !contains(json, "\"status\":2"));
-    kovra_free(json);
-    expect_code(kovra_last_transaction_json(&json), KOVRA_OK, "last transaction");
-    CHECK(contains(json, "\"kind\":\"sale\"") && contains(json, "\"amount\":\"1551\""));
-    kovra_free(json);
-    expect_code(kovra_pending_reversals_json(&json), KOVRA_OK, "pending reversals");
-    CHECK(json && strcmp(json, "[]") == 0);
-    kovra_free(json);
-
     expect_code(kovra_deactivate("KOVRA-0001"), KOVRA_OK, "deactivate");
-    expect_code(kovra_deactivate("KOVRA-0001"), KOVRA_ERROR_NOT_FOUND, "deactivate twice");
     expect_code(kovra_sale(1500, KOVRA_CREDIT, 0, NULL), 201, "sale after deactivation");
 
     kovra_transaction_release(approved);
