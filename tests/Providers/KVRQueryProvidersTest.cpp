@@ -4,9 +4,7 @@
 #include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRDirectories.h>
 #include <kovra/KVRErrors.h>
-#include <kovra/KVRMerchantListProvider.h>
 #include <kovra/KVRMerchantModel.h>
-#include <kovra/KVRTransacInfoProvider.h>
 #include <kovra/KVRTransactionListProvider.h>
 #include <kovra/KVRTransactionModel.h>
 #include <kovra/KVRUserInfoProvider.h>
@@ -74,9 +72,8 @@ protected:
     KVRTemporaryStore store_;
 };
 
-TEST_F(QueryProvidersTest, TransactionsAreListedNewestFirstAndMerchantsAsStored) {
+TEST_F(QueryProvidersTest, TransactionsAreListedNewestFirstAndUndatedLast) {
     EXPECT_TRUE(KVRTransactionListProvider::listTransactions().empty());
-    EXPECT_TRUE(KVRMerchantListProvider::listMerchants().empty());
 
     sale("MIDDLE", "0119", "05/03/2024 14:07");
     sale("UNDATED", "0119", nullptr);
@@ -84,14 +81,6 @@ TEST_F(QueryProvidersTest, TransactionsAreListedNewestFirstAndMerchantsAsStored)
     sale("OLDEST", "0119", "31/12/2023 23:59");
     EXPECT_EQ(references(KVRTransactionListProvider::listTransactions()),
               (std::vector<std::string>{"NEWEST", "MIDDLE", "OLDEST", "UNDATED"}));
-
-    auto first = KVRMerchantModel::create();
-    first->setKovracode(std::string("KOVRA-1"));
-    first->save();
-    KVRMerchantModel::create()->save();
-    auto merchants = KVRMerchantListProvider::listMerchants();
-    ASSERT_EQ(merchants.size(), 2u);
-    EXPECT_EQ(merchants[0], first);
 }
 
 TEST_F(QueryProvidersTest, TransactionsOfTheCardOnThePinpad) {
@@ -114,23 +103,6 @@ TEST_F(QueryProvidersTest, TransactionsOfTheCardOnThePinpad) {
     EXPECT_FALSE(listed.success);
     EXPECT_TRUE(listed.transactions.empty());
     EXPECT_EQ(listed.error, KVRErrors::genericError()) << "the card reader's own failure is passed on";
-}
-
-// The texts of type, status and date are the record's own; the view renames and formats.
-TEST_F(QueryProvidersTest, TransactionViewRenamesAndFormatsTheRecord) {
-    auto transaction = KVRTransactionModel::create();
-    transaction->setAmount(KVRNumber(1250));
-    transaction->setInstalmentAmount(3);
-    transaction->setCardBrand(std::string("MASTERCARD"));
-    transaction->setInitiatorTransactionKey(std::string("ITK"));
-    KVRTransacInfoProvider view(transaction);
-    EXPECT_EQ(view.amount, "1250");
-    EXPECT_EQ(view.instalments, "3");
-    EXPECT_EQ(view.flag, "MASTERCARD");
-    EXPECT_EQ(view.transactionId, "ITK");
-    EXPECT_EQ(view.status, "Desconhecido");
-    EXPECT_FALSE(view.date);
-    EXPECT_FALSE(KVRTransacInfoProvider(nullptr).status);
 }
 
 TEST_F(QueryProvidersTest, UserViewOfTheStoredMerchant) {
