@@ -3,8 +3,8 @@
 #include <kovra/KVRCompletion.h>
 
 #include <chrono>
-#include <functional>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <thread>
