@@ -1,5 +1,11 @@
 #include "testing/KVRCompletionRecorder.h"
 
+#include <kovra/KVRErrors.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
 KVRCompletion KVRCompletionRecorder::block() {
     return [this](bool success, std::optional<KVRError> error) {
         std::lock_guard lock(mutex_);
@@ -21,4 +27,16 @@ std::vector<KVRCompletionRecorder::Call> KVRCompletionRecorder::calls() const {
 size_t KVRCompletionRecorder::count() const {
     std::lock_guard lock(mutex_);
     return calls_.size();
+}
+
+KVRCompletionRecorder::Call KVRCompletionRecorder::firstCall(const std::function<void(KVRCompletion)>& operation,
+                                                             std::chrono::milliseconds timeout) {
+    auto recorder = std::make_shared<KVRCompletionRecorder>();
+    KVRCompletion block = recorder->block();
+    operation([recorder, block](bool success, std::optional<KVRError> error) { block(success, std::move(error)); });
+    if (!recorder->waitForCalls(1, timeout)) {
+        ADD_FAILURE() << "no completion";
+        return Call{false, KVRErrors::genericError(), {}};
+    }
+    return recorder->calls().front();
 }

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <thread>
@@ -25,6 +26,12 @@ public:
     bool waitForCalls(size_t count, std::chrono::milliseconds timeout = std::chrono::seconds(20)) const;
     std::vector<Call> calls() const;
     size_t count() const;
+
+    /// Starts an operation with a recorded completion and waits for its first
+    /// call; a failure with genericError (and a test failure) when none comes.
+    /// A completion arriving after the wait still has somewhere to go.
+    static Call firstCall(const std::function<void(KVRCompletion)>& operation,
+                          std::chrono::milliseconds timeout = std::chrono::seconds(20));
 
 private:
     mutable std::mutex mutex_;

@@ -4,13 +4,11 @@
 #include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRDirectories.h>
 #include <kovra/KVRErrors.h>
-#include <kovra/KVRMerchantListProvider.h>
 #include <kovra/KVRMerchantModel.h>
-#include <kovra/KVRQueues.h>
-#include <kovra/KVRTransacInfoProvider.h>
 #include <kovra/KVRTransactionListProvider.h>
 #include <kovra/KVRTransactionModel.h>
 #include <kovra/KVRUserInfoProvider.h>
+#include <kovra/KVRValidationProvider.h>
 
 #include "Pinpad/KVRBluetoothConnection.h"
 #include "Pinpad/KVRPinpadController.h"
@@ -22,14 +20,12 @@
 #include "testing/KVRPinpadReplies.h"
 #include "testing/KVRScriptedPinpad.h"
 #include "testing/KVRTemporaryStore.h"
-#include "testing/KVRTestFixture.h"
 #include "testing/KVRWaitUntil.h"
+#include "testing/KVRTestFixture.h"
 
-#include <condition_variable>
+#include <future>
 #include <filesystem>
 #include <fstream>
-#include <mutex>
-#include <thread>
 
 namespace {
 
@@ -48,37 +44,21 @@ std::vector<std::string> references(const KVRTransactionListProvider::Transactio
     return out;
 }
 
-/// Waits for the one completion of listTransactionsByPan.
-class ListRecorder {
-public:
-    struct Call {
-        bool success = false;
-        KVRTransactionListProvider::Transactions transactions;
-        std::optional<KVRError> error;
-        std::thread::id thread;
-    };
-    KVRTransactionListProvider::Completion block() {
-        return [this](bool success, KVRTransactionListProvider::Transactions transactions, std::optional<KVRError> error) {
-            std::lock_guard lock(mutex_);
-            calls_.push_back({success, std::move(transactions), std::move(error), std::this_thread::get_id()});
-            changed_.notify_all();
-        };
-    }
-    std::vector<Call> wait() {
-        std::unique_lock lock(mutex_);
-        changed_.wait_for(lock, std::chrono::seconds(20), [&] { return !calls_.empty(); });
-        return calls_;
-    }
-    std::vector<Call> calls() {
-        std::lock_guard lock(mutex_);
-        return calls_;
-    }
-
-private:
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::vector<Call> calls_;
+struct Listed {
+    bool success = false;
+    KVRTransactionListProvider::Transactions transactions;
+    std::optional<KVRError> error;
 };
+
+Listed listByPan() {
+    std::promise<Listed> promise;
+    KVRTransactionListProvider::listTransactionsByPan([&promise](bool success, auto transactions, auto error) {
+        promise.set_value({success, std::move(transactions), std::move(error)});
+    });
+    auto future = promise.get_future();
+    EXPECT_EQ(future.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    return future.get();
+}
 
 class QueryProvidersTest : public KVRTestFixture {
 protected:
@@ -87,9 +67,8 @@ protected:
     KVRTemporaryStore store_;
 };
 
-TEST_F(QueryProvidersTest, TransactionsAreListedNewestFirstAndMerchantsAsStored) {
+TEST_F(QueryProvidersTest, TransactionsAreListedNewestFirstAndUndatedLast) {
     EXPECT_TRUE(KVRTransactionListProvider::listTransactions().empty());
-    EXPECT_TRUE(KVRMerchantListProvider::listMerchants().empty());
 
     sale("MIDDLE", "0119", "05/03/2024 14:07");
     sale("UNDATED", "0119", nullptr);
@@ -97,23 +76,9 @@ TEST_F(QueryProvidersTest, TransactionsAreListedNewestFirstAndMerchantsAsStored)
     sale("OLDEST", "0119", "31/12/2023 23:59");
     EXPECT_EQ(references(KVRTransactionListProvider::listTransactions()),
               (std::vector<std::string>{"NEWEST", "MIDDLE", "OLDEST", "UNDATED"}));
-
-    auto first = KVRMerchantModel::create();
-    first->setKovracode(std::string("KOVRA-1"));
-    first->save();
-    KVRMerchantModel::create()->save();
-    auto merchants = KVRMerchantListProvider::listMerchants();
-    ASSERT_EQ(merchants.size(), 2u);
-    EXPECT_EQ(merchants[0], first);
 }
 
 TEST_F(QueryProvidersTest, TransactionsOfTheCardOnThePinpad) {
-    ListRecorder offline;
-    KVRTransactionListProvider::listTransactionsByPan(offline.block());
-    ASSERT_EQ(offline.calls().size(), 1u) << "reported before returning";
-    EXPECT_EQ(offline.calls()[0].error, KVRErrors::pinpadConnectionNotFound());
-    EXPECT_EQ(offline.calls()[0].thread, std::this_thread::get_id());
-
     KVRScriptedPinpad pinpad([](const std::string&) {
         return std::vector<std::string>{KVRPinpadReplies::gcrReply(0, "5555666677778888=2812101", "5555666677778888")};
     });
@@ -122,69 +87,17 @@ TEST_F(QueryProvidersTest, TransactionsOfTheCardOnThePinpad) {
     sale("OLDER", "8888", "05/03/2024 14:07");
     sale("OTHER CARD", "1111", "05/03/2024 14:09");
     sale("NEWER", "8888", "06/03/2024 08:00");
-
-    ListRecorder recorder;
-    KVRTransactionListProvider::listTransactionsByPan(recorder.block());
-    auto calls = recorder.wait();
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_TRUE(calls[0].success);
-    EXPECT_FALSE(calls[0].error);
-    EXPECT_EQ(references(calls[0].transactions), (std::vector<std::string>{"NEWER", "OLDER"}));
+    auto listed = listByPan();
+    EXPECT_TRUE(listed.success);
+    EXPECT_EQ(references(listed.transactions), (std::vector<std::string>{"NEWER", "OLDER"}));
 
     pinpad.setHandler([](const std::string& request) {
         return std::vector<std::string>{KVRPinpadReplies::statusReply(request, 13)};
     });
-    ListRecorder failing;
-    KVRTransactionListProvider::listTransactionsByPan(failing.block());
-    calls = failing.wait();
-    ASSERT_EQ(calls.size(), 1u);
-    EXPECT_FALSE(calls[0].success);
-    EXPECT_TRUE(calls[0].transactions.empty());
-    EXPECT_EQ(calls[0].error, KVRErrors::genericError()) << "the card reader's own failure is passed on";
-}
-
-TEST_F(QueryProvidersTest, TransactionViewIsTextOfTheRecord) {
-    auto transaction = KVRTransactionModel::create();
-    transaction->setAmount(KVRNumber(1250));
-    transaction->setInstalmentAmount(3);
-    transaction->setAid(std::string("A0000000041010"));
-    transaction->setArqc(std::string("ARQC"));
-    transaction->setType(1);
-    transaction->setStatus(2);
-    transaction->setDate(KVRDateUtil::buildDateWithString("05/03/2024 14:07", "dd/MM/yyyy HH:mm"));
-    transaction->setReceiptTransactionKey(std::string("RCPT"));
-    transaction->setReference(std::string("REF"));
-    transaction->setPan(std::string("0119"));
-    transaction->setCardBrand(std::string("MASTERCARD"));
-    transaction->setCardHolderName(std::string("MARIA SILVA"));
-    transaction->setAuthorisationCode(std::string("123456"));
-    transaction->setInitiatorTransactionKey(std::string("ITK"));
-
-    KVRTransacInfoProvider view(transaction);
-    EXPECT_EQ(view.amount, "1250");
-    EXPECT_EQ(view.instalments, "3");
-    EXPECT_EQ(view.aid, "A0000000041010");
-    EXPECT_EQ(view.arqc, "ARQC");
-    EXPECT_EQ(view.type, "Débito");
-    EXPECT_EQ(view.status, "Transação Aprovada");
-    EXPECT_EQ(view.date, "05/03/2024 - 14:07");
-    EXPECT_EQ(view.receiptTransactionKey, "RCPT");
-    EXPECT_EQ(view.reference, "REF");
-    EXPECT_EQ(view.pan, "0119");
-    EXPECT_EQ(view.flag, "MASTERCARD");
-    EXPECT_EQ(view.cardHolderName, "MARIA SILVA");
-    EXPECT_EQ(view.authorisationCode, "123456");
-    EXPECT_EQ(view.transactionId, "ITK");
-
-    KVRTransacInfoProvider bare(KVRTransactionModel::create());
-    EXPECT_FALSE(bare.amount);
-    EXPECT_FALSE(bare.date);
-    EXPECT_EQ(bare.instalments, "0");
-    EXPECT_EQ(bare.type, "Crédito");
-    EXPECT_EQ(bare.status, "Desconhecido");
-
-    KVRTransacInfoProvider none(nullptr);
-    EXPECT_FALSE(none.status);
+    listed = listByPan();
+    EXPECT_FALSE(listed.success);
+    EXPECT_TRUE(listed.transactions.empty());
+    EXPECT_EQ(listed.error, KVRErrors::genericError()) << "the card reader's own failure is passed on";
 }
 
 TEST_F(QueryProvidersTest, UserViewOfTheStoredMerchant) {
@@ -239,7 +152,7 @@ TEST_F(QueryProvidersTest, UserViewOfRegisterPlistReEnrolsItsMerchant) {
     EXPECT_EQ(host.count(), 1u);
 }
 
-TEST_F(QueryProvidersTest, UnusableRegisterPlistGivesAnEmptyViewAndNoEnrolment) {
+TEST_F(QueryProvidersTest, UnusableRegisterPlistGivesAnEmptyViewNoEnrolmentAndNoActivation) {
     KVRTestFixture::setNetworkFlags(KVRReachability::kFlagReachable);
     KVRFakeExchange host;
     struct Row {
@@ -261,11 +174,9 @@ TEST_F(QueryProvidersTest, UnusableRegisterPlistGivesAnEmptyViewAndNoEnrolment) 
         std::filesystem::remove_all(registerPlist());
         row.make(registerPlist());
         KVRUserInfoProvider user;
-        EXPECT_FALSE(user.afKey);
-        EXPECT_FALSE(user.documentNumber);
-        EXPECT_FALSE(user.store);
-        EXPECT_FALSE(user.address);
+        EXPECT_FALSE(user.afKey || user.documentNumber || user.store || user.address);
         EXPECT_TRUE(!user.kovracode || user.kovracode->empty());
+        EXPECT_FALSE(KVRValidationProvider::validateActivation());
     }
     std::filesystem::remove_all(registerPlist());
     EXPECT_EQ(host.count(), 0u);

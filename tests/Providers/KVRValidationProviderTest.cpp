@@ -25,25 +25,15 @@ protected:
     KVRTemporaryStore store_;
 };
 
-TEST_F(ValidationProviderTest, ActivationFollowsRegisterPlistThenTheStore) {
+// Unusable files are in the user view's table (KVRQueryProvidersTest).
+TEST_F(ValidationProviderTest, ActivationByACodeInRegisterPlistOrAStoredMerchantAndTablesByTheirRecord) {
     EXPECT_FALSE(KVRValidationProvider::validateActivation());
-
-    KVRPropertyList::writeDictionary(registerPlist(), {{"kovracode", std::string("")}});
-    EXPECT_FALSE(KVRValidationProvider::validateActivation()) << "empty code and no merchant";
-    KVRPropertyList::writeDictionary(registerPlist(), {{"kovracode", 12345LL}});
-    EXPECT_FALSE(KVRValidationProvider::validateActivation()) << "a non-string code does not count";
     KVRPropertyList::writeDictionary(registerPlist(), {{"kovracode", std::string("KOVRA-0001")}});
     EXPECT_TRUE(KVRValidationProvider::validateActivation()) << "a code in the file counts without a merchant";
-
     std::filesystem::remove(registerPlist());
-    std::filesystem::create_directory(registerPlist());  // a directory where the file should be
-    EXPECT_FALSE(KVRValidationProvider::validateActivation());
     KVRMerchantModel::create()->save();
     EXPECT_TRUE(KVRValidationProvider::validateActivation());
-    std::filesystem::remove(registerPlist());
-}
 
-TEST_F(ValidationProviderTest, TablesAreDownloadedWhenATableRecordIsStored) {
     EXPECT_FALSE(KVRValidationProvider::validateTablesDownloaded());
     KVRTmsTableModel::create()->save();
     EXPECT_TRUE(KVRValidationProvider::validateTablesDownloaded());

@@ -97,20 +97,6 @@ TEST_F(TableDownloadTest, NoSaleAffiliationKeyPostsNothing) {
     EXPECT_TRUE(host_.requests().empty());
 }
 
-TEST_F(TableDownloadTest, ProviderChecksNetworkThenEnrolmentOnTheCallersThread) {
-    KVRTestFixture::setNetworkFlags(0);
-    KVRTableDownloaderProvider::downLoadTables(recorder_.block());
-    ASSERT_EQ(recorder_.count(), 1u);
-    EXPECT_EQ(recorder_.calls()[0].error->code(), 601) << "network first, even without a merchant";
-    EXPECT_EQ(recorder_.calls()[0].thread, std::this_thread::get_id());
-
-    KVRTestFixture::setNetworkFlags(KVRReachability::kFlagReachable);
-    KVRTableDownloaderProvider::downLoadTables(recorder_.block());
-    ASSERT_EQ(recorder_.count(), 2u);
-    EXPECT_EQ(recorder_.calls()[1].error->code(), 201);
-    EXPECT_TRUE(host_.requests().empty());
-}
-
 TEST_F(TableDownloadTest, ProviderDownloadsForTheFirstMerchantOnAHostPool) {
     KVRTestFixture::setNetworkFlags(KVRReachability::kFlagReachable);
     for (const char* key : {"SAK-FIRST", "SAK-SECOND"}) {
@@ -261,17 +247,6 @@ TEST_F(TableLoadTest, ProviderLoadsOnTheMainWorkerAndReportsThere) {
     EXPECT_EQ(pinpad_->commands(), (std::vector<std::string>{"TLI", "TLR", "TLR", "TLR", "TLR", "TLE", "DSP"}));
     EXPECT_EQ(progress().size(), 4u);
     EXPECT_TRUE(progressOnMainWorker_);
-}
-
-TEST_F(TableLoadTest, ProviderWithoutPinpadFailsAtOnce) {
-    storeTables(samples::defaultAidTable(), samples::defaultCapkTable());
-    KVRPinpadController::sharedController().setConnection(nullptr);
-    KVRCompletionRecorder recorder;
-    KVRTableLoaderProvider::loadTables(recorder.block());
-    ASSERT_EQ(recorder.count(), 1u);
-    EXPECT_EQ(recorder.calls()[0].error->code(), 303);
-    EXPECT_EQ(recorder.calls()[0].thread, std::this_thread::get_id());
-    EXPECT_TRUE(pinpad_->requests().empty());
 }
 
 }  // namespace

@@ -120,52 +120,6 @@ TEST_F(CancellationTest, EveryAnswerMapsToOneOutcomeAndOnlyAnApprovalCancelsTheS
     EXPECT_EQ(again.calls()[0].error, KVRErrors::transactionAlreadyCancelled());
     EXPECT_EQ(host_.count(), sent) << "the second attempt sends nothing";
 }
-TEST_F(CancellationTest, ChecksRunInOrderOnTheCallersThreadWithoutTraffic) {
-    auto cancelled = approvedSale();
-    cancelled->setStatus(5);
-    cancelled->save();
-    auto declined = KVRTransactionModel::create();
-    declined->setStatus(1);
-    auto deleted = KVRTransactionModel::create();
-    deleted->setStatus(2);
-    deleted->save();
-    deleted->deleteRecord();
-    auto approved = KVRTransactionModel::create();
-    approved->setStatus(2);
-
-    struct Row {
-        const char* name;
-        std::shared_ptr<KVRTransactionModel> sale;
-        uint32_t flags;
-        bool enrolled;
-        KVRError error;
-    } rows[] = {
-        {"status first, even offline and unenrolled", cancelled, 0, false, KVRErrors::transactionAlreadyCancelled()},
-        {"a declined sale", declined, KVRReachability::kFlagReachable, true, KVRErrors::transactionAlreadyCancelled()},
-        {"a record deleted from the store", deleted, KVRReachability::kFlagReachable, true,
-         KVRErrors::transactionAlreadyCancelled()},
-        {"no record at all", nullptr, KVRReachability::kFlagReachable, true, KVRErrors::transactionAlreadyCancelled()},
-        {"network before enrolment", approved, 0, false, KVRErrors::notConnectedToNetwork()},
-        {"enrolment", approved, KVRReachability::kFlagReachable, false, KVRErrors::missingKovracodeActivation()},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        KVRTestFixture::setNetworkFlags(row.flags);
-        if (!row.enrolled && merchant_) {
-            merchant_->deleteRecord();
-            merchant_ = nullptr;
-        }
-        KVRCompletionRecorder recorder;
-        KVRCancellationProvider::cancelTransaction(row.sale, recorder.block());
-        ASSERT_EQ(recorder.count(), 1u) << "reported before returning";
-        auto call = recorder.calls()[0];
-        EXPECT_FALSE(call.success);
-        EXPECT_EQ(call.error, row.error);
-        EXPECT_EQ(call.thread, std::this_thread::get_id());
-    }
-    EXPECT_EQ(host_.count(), 0u);
-    EXPECT_EQ(approved->status(), 2);
-}
 
 TEST_F(CancellationTest, ARecordDeletedDuringTheExchangeStaysDeleted) {
     auto sale = approvedSale();

@@ -1,6 +1,8 @@
 /* The C interface from a C program, against the two emulators: a merchant's
- * day (enrol, tables, sales, an abort, a cancellation, the lists) as an
- * application written in C would run it. Run by kovra_emulators.py, which
+ * day (enrol, tables, sales, an abort, a cancellation) as an application
+ * written in C would run it with the blocking calls. The callbacks, the lists
+ * and the journal in JSON are the Python package's (tests/python), which
+ * reaches them through the same functions. Run by kovra_emulators.py, which
  * starts the emulators with the third card read held for ten seconds. */
 #define _POSIX_C_SOURCE 200809L
 
@@ -43,51 +45,28 @@ static void on_progress(void* user, int loaded, int total) {
     p->total = total;
 }
 
-/* A callback variant waited for by hand, as a C program with threads would. */
-struct sale_wait {
-    pthread_mutex_t mutex;
-    pthread_cond_t done;
-    int finished, code;
+/* Records a callback's code, and whether it ran on the thread that made the call. */
+struct callback {
     pthread_t caller;
-    int on_caller;
+    int called, code, on_caller;
     kovra_transaction* record;
 };
 
 static void on_sale(void* user, int code, const kovra_error* error, kovra_transaction* record) {
-    struct sale_wait* w = user;
-    pthread_mutex_lock(&w->mutex);
-    w->code = code;
-    w->record = record;
-    w->on_caller = pthread_equal(pthread_self(), w->caller);
-    w->finished = 1;
+    struct callback* c = user;
     (void)error;
-    pthread_cond_signal(&w->done);
-    pthread_mutex_unlock(&w->mutex);
+    c->called = 1;
+    c->code = code;
+    c->on_caller = pthread_equal(pthread_self(), c->caller);
+    c->record = record;
 }
 
-static void sale_wait_init(struct sale_wait* w) {
-    memset(w, 0, sizeof *w);
-    pthread_mutex_init(&w->mutex, NULL);
-    pthread_cond_init(&w->done, NULL);
-    w->caller = pthread_self();
-}
-
-static int sale_wait_end(struct sale_wait* w, kovra_transaction** record, int* on_caller) {
-    pthread_mutex_lock(&w->mutex);
-    while (!w->finished) pthread_cond_wait(&w->done, &w->mutex);
-    pthread_mutex_unlock(&w->mutex);
-    pthread_mutex_destroy(&w->mutex);
-    pthread_cond_destroy(&w->done);
-    *record = w->record;
-    *on_caller = w->on_caller;
-    return w->code;
-}
-
-static int sale_by_callback(long long amount, kovra_transaction** record, int* on_caller) {
-    struct sale_wait w;
-    sale_wait_init(&w);
-    kovra_sale_async(amount, KOVRA_CREDIT, 0, on_sale, &w);
-    return sale_wait_end(&w, record, on_caller);
+static void* abort_soon(void* unused) {
+    struct timespec pause = {3, 0}; /* the card read is held for 10 s */
+    (void)unused;
+    nanosleep(&pause, NULL);
+    expect_code(kovra_abort(), KOVRA_OK, "abort");
+    return NULL;
 }
 
 int main(void) {
@@ -97,15 +76,13 @@ int main(void) {
         fprintf(stderr, "run me through kovra_emulators.py\n");
         return 2;
     }
-    CHECK(strcmp(kovra_version(), KOVRA_EXPECTED_VERSION) == 0);
     expect_code(kovra_config_load(info), KOVRA_OK, "config");
     expect_code(kovra_set_data_directory(data), KOVRA_OK, "data directory");
 
     /* A precondition fails at once, on the calling thread, with the catalogue's error. */
-    kovra_transaction* record = NULL;
-    int on_caller = 0;
-    expect_code(sale_by_callback(9, &record, &on_caller), 203, "amount below 10 cents");
-    CHECK(on_caller && record == NULL);
+    struct callback refused = {pthread_self(), 0, 0, 0, NULL};
+    kovra_sale_async(9, KOVRA_CREDIT, 0, on_sale, &refused);
+    CHECK(refused.called && refused.on_caller && refused.code == 203 && refused.record == NULL);
     expect_code(kovra_sale(1500, KOVRA_CREDIT, 0, NULL), 201, "sale before enrolment");
     const kovra_error* error = kovra_last_error();
     CHECK(error && error->code == 201 && strcmp(error->domain, KOVRA_DOMAIN) == 0 &&
@@ -121,10 +98,8 @@ int main(void) {
     expect_code(kovra_load_tables(on_progress, &progress), KOVRA_OK, "load tables");
     CHECK(progress.calls == progress.total && progress.total > 0 && progress.loaded == progress.total);
 
-    /* Approved, through the callback variant: the callback comes on the library's thread. */
     kovra_transaction* approved = NULL;
-    expect_code(sale_by_callback(1500, &approved, &on_caller), KOVRA_OK, "approved sale");
-    CHECK(approved != NULL && !on_caller);
+    expect_code(kovra_sale(1500, KOVRA_CREDIT, 0, &approved), KOVRA_OK, "approved sale");
     kovra_record fields;
     memset(&fields, 0, sizeof fields);
     if (approved) expect_code(kovra_transaction_record(approved, &fields), KOVRA_OK, "record");
@@ -133,6 +108,8 @@ int main(void) {
     char* json = approved ? kovra_transaction_json(approved) : NULL;
     CHECK(contains(json, "\"status\":2") && contains(json, "\"amount\":1500"));
     kovra_free(json);
+    kovra_transaction* found = NULL;
+    if (fields.reference) expect_code(kovra_transaction_find(fields.reference, &found), KOVRA_OK, "find by reference");
 
     /* Declined: an error, and the stored record with it. */
     kovra_transaction* declined = NULL;
@@ -145,22 +122,14 @@ int main(void) {
 
     /* Aborted from another thread while the card read waits: no record. */
     expect_code(kovra_abort(), KOVRA_ERROR_NOT_FOUND, "abort with nothing in flight");
-    struct sale_wait aborted_sale;
-    sale_wait_init(&aborted_sale);
-    kovra_sale_async(1500, KOVRA_CREDIT, 0, on_sale, &aborted_sale);
-    struct timespec pause = {3, 0}; /* the card read is held for 10 s */
-    nanosleep(&pause, NULL);
-    expect_code(kovra_abort(), KOVRA_OK, "abort");
+    pthread_t aborter;
+    pthread_create(&aborter, NULL, abort_soon, NULL);
     kovra_transaction* aborted = NULL;
-    expect_code(sale_wait_end(&aborted_sale, &aborted, &on_caller), 214, "aborted sale");
+    expect_code(kovra_sale(1500, KOVRA_CREDIT, 0, &aborted), 214, "aborted sale");
+    pthread_join(aborter, NULL);
     CHECK(aborted == NULL);
 
-    /* The approved sale cancelled at the acquirer, found again by its reference. */
-    kovra_transaction* found = NULL;
-    if (approved) {
-        expect_code(kovra_transaction_record(approved, &fields), KOVRA_OK, "record again");
-        expect_code(kovra_transaction_find(fields.reference, &found), KOVRA_OK, "find by reference");
-    }
+    /* The approved sale, found by its reference, cancelled at the acquirer. */
     if (found) {
         expect_code(kovra_cancel(found), KOVRA_OK, "cancellation");
         expect_code(kovra_transaction_record(found, &fields), KOVRA_OK, "cancelled record");
@@ -170,18 +139,7 @@ int main(void) {
     expect_code(kovra_transaction_find("no such reference", &missing), KOVRA_ERROR_NOT_FOUND, "unknown reference");
     CHECK(missing == NULL);
 
-    expect_code(kovra_transactions_json(&json), KOVRA_OK, "list");
-    CHECK(contains(json, "\"status\":5") && contains(json, "\"status\":1") && !contains(json, "\"status\":2"));
-    kovra_free(json);
-    expect_code(kovra_last_transaction_json(&json), KOVRA_OK, "last transaction");
-    CHECK(contains(json, "\"kind\":\"sale\"") && contains(json, "\"amount\":\"1551\""));
-    kovra_free(json);
-    expect_code(kovra_pending_reversals_json(&json), KOVRA_OK, "pending reversals");
-    CHECK(json && strcmp(json, "[]") == 0);
-    kovra_free(json);
-
     expect_code(kovra_deactivate("KOVRA-0001"), KOVRA_OK, "deactivate");
-    expect_code(kovra_deactivate("KOVRA-0001"), KOVRA_ERROR_NOT_FOUND, "deactivate twice");
     expect_code(kovra_sale(1500, KOVRA_CREDIT, 0, NULL), 201, "sale after deactivation");
 
     kovra_transaction_release(approved);

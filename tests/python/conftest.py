@@ -2,13 +2,10 @@ import pytest
 
 from kovra_emulators import Emulators
 
-# The third card read is held for ten seconds, for test_merchant_day to abort it.
-FAULTS = [{"command": "GCR", "nth": 3, "delay_ms": 10000}]
-
 
 @pytest.fixture(scope="session")
 def emulators():
-    with Emulators(FAULTS) as running:
+    with Emulators() as running:
         yield running
 
 
