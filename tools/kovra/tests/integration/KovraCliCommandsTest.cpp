@@ -11,7 +11,7 @@ namespace {
 
 using nlohmann::json;
 
-json parsed(const KovraCliResult& result) {
+json parsed(const KVRProcess::Result& result) {
     json document = json::parse(result.out, nullptr, false);
     EXPECT_FALSE(document.is_discarded()) << result.out;
     return document;
