@@ -72,51 +72,6 @@ TEST_F(ReportTest, TableDownloadAndUnknownCodesOrKeys) {
     }
 }
 
-// What the PIN pad record of each AID needs: present, numeric where the
-// record converts to a number, and no wider than its field.
-TEST_F(ReportTest, AidTableHoldsTheBrandApplicationsInRecordWidths) {
-    HttpReply reply = report(statusReportForSaleKey("1234-5678"));
-    pugi::xml_document doc;
-    pugi::xml_node table = block(reply.body, "AidTbl", doc);
-
-    std::map<std::string, int> recidxByAid;
-    struct Width {
-        const char* tag;
-        size_t min;
-        size_t max;
-    };
-    const Width widths[] = {{"AcquirerNumber", 1, 2}, {"Recidx", 1, 2},  {"AID", 10, 32},      {"ApplicationType", 1, 2},
-                            {"AppName", 1, 16},       {"TerminalCapabilities", 6, 6}, {"AdditionalTerminalCapabilities", 10, 10},
-                            {"TerminalType", 2, 2},   {"TACDefault", 10, 10}, {"TACDenial", 10, 10}, {"TACOnline", 10, 10},
-                            {"FloorLimit", 8, 8},     {"TCC", 1, 1},     {"CTLSZEROAM", 1, 1}, {"CTLSMODE", 1, 1},
-                            {"CTLSTRNLIM", 8, 8},     {"CTLSFLRLIM", 8, 8}, {"CTLSCVMLIM", 8, 8}, {"CTLSAPPVER", 4, 4},
-                            {"tDol", 2, 40},          {"dDol", 2, 40}};
-    for (pugi::xml_node aid : table.children("Aid")) {
-        const std::string name = aid.child_value("AID");
-        for (const Width& width : widths) {
-            const std::string value = aid.child_value(width.tag);
-            EXPECT_GE(value.size(), width.min) << name << " " << width.tag;
-            EXPECT_LE(value.size(), width.max) << name << " " << width.tag;
-        }
-        EXPECT_STREQ(aid.child_value("AcquirerNumber"), "8") << name;
-        EXPECT_STREQ(aid.child_value("TerminalCountry"), "076") << name;
-        EXPECT_STREQ(aid.child_value("TerminalCurrencyCode"), "986") << name;
-        EXPECT_STREQ(aid.child_value("TerminalCurrencyExponent"), "2") << name;
-        for (const char* tag : {"BrandId", "AidLen", "SelFlag", "Priority", "TargetPer", "MaxTargetPer", "FloorLimitCheck",
-                                "RandTransSel", "VelocityCheck", "Threshold", "Version", "RiskMainData"}) {
-            EXPECT_TRUE(aid.child(tag)) << name << " lacks " << tag;
-        }
-        EXPECT_EQ(std::stoul(aid.child_value("AidLen")), name.size() / 2) << name;
-        recidxByAid[name] = std::stoi(aid.child_value("Recidx"));
-    }
-    // The sale names the brand by record index: up to 3 Visa, above MasterCard.
-    const std::map<std::string, int> expected = {
-        {"A0000000031010", 3}, {"A0000000032010", 2}, {"A0000000041010", 4}, {"A0000000043060", 5}};
-    for (const auto& [aid, recidx] : expected) {
-        EXPECT_EQ(recidxByAid[aid], recidx) << aid;
-    }
-}
-
 std::string sha1Of(const std::string& hex) {
     std::string bytes;
     for (size_t i = 0; i + 1 < hex.size(); i += 2) {
