@@ -10,20 +10,23 @@
 
 class KVRTempDirectory;
 
+/// How a KVRProcess starts its child.
+struct KVRProcessOptions {
+    /// NAME=value entries replacing the parent's; "PREFIX*" drops every
+    /// inherited variable whose name starts with PREFIX.
+    std::vector<std::string> environment;
+    /// Keep standard error in a file (read with errors()); a file, not a
+    /// pipe, so a chatty child never blocks on a reader that is not there.
+    bool captureErrors = false;
+};
+
 /// A child process for integration tests (the emulators, the CLI, the
 /// examples). Standard input is /dev/null; standard output is read line by
 /// line or to its end; standard error goes to the test's own or, when asked,
 /// to a file of its own. The process group is stopped when the object dies.
 class KVRProcess {
 public:
-    struct Options {
-        /// NAME=value entries replacing the parent's; "PREFIX*" drops every
-        /// inherited variable whose name starts with PREFIX.
-        std::vector<std::string> environment;
-        /// Keep standard error in a file (read with errors()); a file, not a
-        /// pipe, so a chatty child never blocks on a reader that is not there.
-        bool captureErrors = false;
-    };
+    using Options = KVRProcessOptions;
 
     /// What a finished run left behind.
     struct Result {

@@ -92,7 +92,7 @@ TEST_F(AuthorizeTest, AnswersATerminalCannotUse) {
 
     HttpReply bare = authorise("1056");
     EXPECT_EQ(valueAt(bare.body, kResult + "/RspnToAuthstn/Rspn"), "APPR");
-    for (const std::string missing : {kResult + "/AuthstnCd", kTx + "/RcptTxId", kTx + "/TxId/TxRef"})
+    for (const std::string& missing : {kResult + "/AuthstnCd", kTx + "/RcptTxId", kTx + "/TxId/TxRef"})
         EXPECT_FALSE(hasNode(bare.body, missing)) << missing;
 
     EXPECT_EQ(valueAt(authorise("1057").body, kTx + "/TxDtls/ICCRltdData").size() % 2, 1u);

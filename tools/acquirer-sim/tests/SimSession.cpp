@@ -13,7 +13,7 @@ SimSession::SimSession(std::vector<std::string> extraArguments, std::string stat
     arguments.insert(arguments.end(), extraArguments.begin(), extraArguments.end());
     // The emulator echoes its request log on standard error; keep it out of the test output.
     process_ = std::make_unique<KVRProcess>(KOVRA_ACQUIRER_SIM_BINARY, arguments,
-                                            KVRProcess::Options{.captureErrors = true});
+                                            KVRProcess::Options{.environment = {}, .captureErrors = true});
     const std::string ready = "kovra-acquirer-sim ready at ";
     auto line = process_->waitForLine(ready, 20s);
     auto ca = line ? process_->waitForLine("ca: ", 5s) : std::nullopt;

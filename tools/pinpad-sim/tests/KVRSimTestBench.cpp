@@ -18,7 +18,7 @@ KVRSimTestBench::KVRSimTestBench(std::vector<std::string> arguments, Endpoint en
         directory_.write("scenario.json", scenario);
         arguments.insert(arguments.end(), {"--scenario", directory_.file("scenario.json")});
     }
-    process_ = std::make_unique<KVRProcess>(KOVRA_PINPAD_SIM_BINARY, arguments, KVRProcess::Options{.captureErrors = true});
+    process_ = std::make_unique<KVRProcess>(KOVRA_PINPAD_SIM_BINARY, arguments, KVRProcess::Options{.environment = {}, .captureErrors = true});
     reopen();
 }
 

@@ -26,6 +26,8 @@ std::unique_ptr<KVRProcess> startKovra(const std::vector<std::string>& arguments
     return std::make_unique<KVRProcess>(KOVRA_CLI_BINARY, arguments, cliOptions(environment));
 }
 
+KovraEmulatorBench::KovraEmulatorBench() : KovraEmulatorBench(Options{}) {}
+
 // The emulators set this process's dictionary; the kovra process gets the
 // same settings as a file.
 KovraEmulatorBench::KovraEmulatorBench(const Options& options) : emulators_(emulatorOptions(options)) {

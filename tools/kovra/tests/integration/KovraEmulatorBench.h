@@ -36,7 +36,8 @@ public:
         bool deadAcquirer = false;
     };
 
-    explicit KovraEmulatorBench(const Options& options = {});
+    KovraEmulatorBench();
+    explicit KovraEmulatorBench(const Options& options);
 
     /// kovra with this bench's dictionary and data directory.
     KVRProcess::Result run(const std::vector<std::string>& arguments) const { return runKovra(arguments, environment()); }
