@@ -21,204 +21,51 @@ std::string without(std::string text, const std::string& from, const std::string
 
 namespace {
 
-const char* kHeader = R"(		<Hdr>
-			<MsgFctn>AUTQ</MsgFctn>
-			<PrtcolVrsn>2.0</PrtcolVrsn>
-		</Hdr>
-)";
+const char* kHeader =
+    R"(<Hdr><MsgFctn>AUTQ</MsgFctn><PrtcolVrsn>2.0</PrtcolVrsn></Hdr>)";
 
-const char* kPinBlock = R"(						<CrdhldrOnLinePIN>
-							<NcrptdPINBlck>
-								<EnvlpdData>
-									<Rcpt>
-										<KEK>
-											<NcrptdKey>3210E00001</NcrptdKey>
-											<KEKId>
-												<DerivtnId>FFFF987654</DerivtnId>
-											</KEKId>
-										</KEK>
-									</Rcpt>
-									<NcrptdCntt>
-										<NcrptdData>1A2B3C4D5E6F7081</NcrptdData>
-									</NcrptdCntt>
-								</EnvlpdData>
-								<CnttTp>ECRP</CnttTp>
-							</NcrptdPINBlck>
-						</CrdhldrOnLinePIN>
-)";
+const char* kPinBlock =
+    R"(<CrdhldrOnLinePIN><NcrptdPINBlck><EnvlpdData><Rcpt><KEK><NcrptdKey>3210E00001</NcrptdKey><KEKId>)"
+    R"(<DerivtnId>FFFF987654</DerivtnId></KEKId></KEK></Rcpt><NcrptdCntt><NcrptdData>1A2B3C4D5E6F7081)"
+    R"(</NcrptdData></NcrptdCntt></EnvlpdData><CnttTp>ECRP</CnttTp></NcrptdPINBlck></CrdhldrOnLinePIN>)";
 
-const char* kAuthorisation = R"(<?xml version="1.0" encoding="UTF-8" ?>
-<Document xmlns="urn:AcceptorAuthorisationRequestV02.1">
-	<AccptrAuthstnReq>
-{HEADER_FIRST}		<AuthstnReq>
-			<Envt>
-				<Mrchnt>
-					<Id>
-						<Id>{MERCHANT}</Id>
-						<Tp>OPOI</Tp>
-						<Issr>MERC</Issr>
-						<ShrtNm>Padaria</ShrtNm>
-					</Id>
-				</Mrchnt>
-				<Card>
-					<PlainCardData>
-						<XpryDt>2028-12</XpryDt>
-						<PAN>{PAN}</PAN>
-						<TrckData>
-							<TrckNb>2</TrckNb>
-							<TrckVal>{PAN}=28122011234500000</TrckVal>
-						</TrckData>
-					</PlainCardData>
-				</Card>
-				<Crdhldr>
-					<Authntcn>
-{PIN_BLOCK}						<AuthntcnMtd>{METHOD}</AuthntcnMtd>
-					</Authntcn>
-				</Crdhldr>
-				<POI>
-					<SysNm>iOs</SysNm>
-				</POI>
-			</Envt>
-			<Cntxt>
-				<PmtCntxt>
-					<CardDataNtryMd>{MODE}</CardDataNtryMd>
-				</PmtCntxt>
-				<SaleId></SaleId>
-			</Cntxt>
-			<Tx>
-				<TxCaptr>true</TxCaptr>
-				<TxId>
-					<TxDtTm>2025-06-01T10:20:30</TxDtTm>
-					<TxRef>{REFERENCE}</TxRef>
-				</TxId>
-				<TxDtls>
-					<Ccy>986</Ccy>
-					<TtlAmt>{AMOUNT}</TtlAmt>
-					<AcctTp>CRDT</AcctTp>
-					<RcrngTx>
-						<InstlmtTp>NONE</InstlmtTp>
-						<TtlNbOfPmts>1</TtlNbOfPmts>
-					</RcrngTx>
-{ICC}				</TxDtls>
-				<InitrTxId>{INITIATOR}</InitrTxId>
-			</Tx>
-		</AuthstnReq>
-{HEADER_LAST}	</AccptrAuthstnReq>
-</Document>)";
+const char* kAuthorisation =
+    R"(<?xml version="1.0" encoding="UTF-8" ?><Document xmlns="urn:AcceptorAuthorisationRequestV02.1">)"
+    R"(<AccptrAuthstnReq>{HEADER_FIRST}<AuthstnReq><Envt><Mrchnt><Id><Id>{MERCHANT}</Id><Tp>OPOI</Tp><Issr>MERC)"
+    R"(</Issr><ShrtNm>Padaria</ShrtNm></Id></Mrchnt><Card><PlainCardData><XpryDt>2028-12</XpryDt><PAN>{PAN})"
+    R"(</PAN><TrckData><TrckNb>2</TrckNb><TrckVal>{PAN}=28122011234500000</TrckVal></TrckData></PlainCardData>)"
+    R"(</Card><Crdhldr><Authntcn>{PIN_BLOCK}<AuthntcnMtd>{METHOD}</AuthntcnMtd></Authntcn></Crdhldr><POI>)"
+    R"(<SysNm>iOs</SysNm></POI></Envt><Cntxt><PmtCntxt><CardDataNtryMd>{MODE}</CardDataNtryMd></PmtCntxt>)"
+    R"(<SaleId></SaleId></Cntxt><Tx><TxCaptr>true</TxCaptr><TxId><TxDtTm>2025-06-01T10:20:30</TxDtTm>)"
+    R"(<TxRef>{REFERENCE}</TxRef></TxId><TxDtls><Ccy>986</Ccy><TtlAmt>{AMOUNT}</TtlAmt><AcctTp>CRDT</AcctTp>)"
+    R"(<RcrngTx><InstlmtTp>NONE</InstlmtTp><TtlNbOfPmts>1</TtlNbOfPmts></RcrngTx>{ICC}</TxDtls>)"
+    R"(<InitrTxId>{INITIATOR}</InitrTxId></Tx></AuthstnReq>{HEADER_LAST}</AccptrAuthstnReq></Document>)";
 
-const char* kCancellation = R"(<?xml version="1.0" encoding="UTF-8" ?>
-<Document xmlns="urn:AcceptorCancellationAdviceV02.1">
-	<AccptrCxlAdvc>
-		<CxlAdvc>
-			<Envt>
-				<Mrchnt>
-					<Id>
-						<Id>{MERCHANT}</Id>
-						<Tp>OPOI</Tp>
-						<Issr>OPOI</Issr>
-					</Id>
-				</Mrchnt>
-			</Envt>
-			<Tx>
-				<OrgnlTx>
-{RECEIPT}					<InitrTxId>{INITIATOR}</InitrTxId>
-				</OrgnlTx>
-				<TxDtls>
-					<Ccy>986</Ccy>
-					<TtlAmt>{AMOUNT}</TtlAmt>
-				</TxDtls>
-				<TxId>
-					<TxRef>{REFERENCE}</TxRef>
-					<TxDtTm>2025-06-01T11:00:00</TxDtTm>
-				</TxId>
-			</Tx>
-		</CxlAdvc>
-		<Hdr>
-			<MsgFctn>CCAV</MsgFctn>
-			<PrtcolVrsn>2.0</PrtcolVrsn>
-		</Hdr>
-	</AccptrCxlAdvc>
-</Document>)";
+const char* kCancellation =
+    R"(<?xml version="1.0" encoding="UTF-8" ?><Document xmlns="urn:AcceptorCancellationAdviceV02.1">)"
+    R"(<AccptrCxlAdvc><CxlAdvc><Envt><Mrchnt><Id><Id>{MERCHANT}</Id><Tp>OPOI</Tp><Issr>OPOI</Issr></Id>)"
+    R"(</Mrchnt></Envt><Tx><OrgnlTx>{RECEIPT}<InitrTxId>{INITIATOR}</InitrTxId></OrgnlTx><TxDtls><Ccy>986</Ccy>)"
+    R"(<TtlAmt>{AMOUNT}</TtlAmt></TxDtls><TxId><TxRef>{REFERENCE}</TxRef><TxDtTm>2025-06-01T11:00:00</TxDtTm>)"
+    R"(</TxId></Tx></CxlAdvc><Hdr><MsgFctn>CCAV</MsgFctn><PrtcolVrsn>2.0</PrtcolVrsn></Hdr></AccptrCxlAdvc>)"
+    R"(</Document>)";
 
-const char* kEnrolment = R"(<?xml version="1.0" encoding="UTF-8" ?>
-<Document xmlns="urn:StatusReportV02.1">
-	<StsRpt>
-		<Hdr>
-			<DwnldTrf>false</DwnldTrf>
-			<FrmtVrsn>2.0</FrmtVrsn>
-			<CreDtTm>2025-06-01T09:00:00</CreDtTm>
-		</Hdr>
-		<StsRpt>
-			<POIId>
-				<Tp>OPOI</Tp>
-				<Issr>TMGT</Issr>
-			</POIId>
-			<DataSet>
-				<Id>
-					<Tp>STRP</Tp>
-				</Id>
-				<Cntt>
-					<POICmpnt>
-						<Tp>MRPR</Tp>
-						<Id>
-							<Id>{CODE}</Id>
-							<PrvdrId>KOVRACODE</PrvdrId>
-						</Id>
-					</POICmpnt>
-					<POICmpnt>
-						<Tp>TERM</Tp>
-						<Id>
-							<Id>Mobile</Id>
-							<PrvdrId>Mobile</PrvdrId>
-							<SrlNb>Mobile</SrlNb>
-						</Id>
-					</POICmpnt>
-					<DataSetReqrd>
-						<Id>
-							<Tp>MRPR</Tp>
-						</Id>
-					</DataSetReqrd>
-				</Cntt>
-			</DataSet>
-		</StsRpt>
-		<SctyTrlr>
-			<CnttTp>DATA</CnttTp>
-		</SctyTrlr>
-	</StsRpt>
-</Document>)";
+const char* kEnrolment =
+    R"(<?xml version="1.0" encoding="UTF-8" ?><Document xmlns="urn:StatusReportV02.1"><StsRpt><Hdr>)"
+    R"(<DwnldTrf>false</DwnldTrf><FrmtVrsn>2.0</FrmtVrsn><CreDtTm>2025-06-01T09:00:00</CreDtTm></Hdr><StsRpt>)"
+    R"(<POIId><Tp>OPOI</Tp><Issr>TMGT</Issr></POIId><DataSet><Id><Tp>STRP</Tp></Id><Cntt><POICmpnt><Tp>MRPR)"
+    R"(</Tp><Id><Id>{CODE}</Id><PrvdrId>KOVRACODE</PrvdrId></Id></POICmpnt><POICmpnt><Tp>TERM</Tp><Id>)"
+    R"(<Id>Mobile</Id><PrvdrId>Mobile</PrvdrId><SrlNb>Mobile</SrlNb></Id></POICmpnt><DataSetReqrd><Id><Tp>MRPR)"
+    R"(</Tp></Id></DataSetReqrd></Cntt></DataSet></StsRpt><SctyTrlr><CnttTp>DATA</CnttTp></SctyTrlr></StsRpt>)"
+    R"(</Document>)";
 
-const char* kTableDataSet = R"(			<DataSet>
-				<Id>
-					<Tp>STRP</Tp>
-					<CreDtTm>2025-06-01T09:00:01</CreDtTm>
-				</Id>
-				<Cntt>
-					<DataSetReqrd>
-						<Id>
-							<Tp>TRPR</Tp>
-							<Vrsn>1</Vrsn>
-							<Nm>{NAME}</Nm>
-						</Id>
-					</DataSetReqrd>
-				</Cntt>
-			</DataSet>
-)";
+const char* kTableDataSet =
+    R"(<DataSet><Id><Tp>STRP</Tp><CreDtTm>2025-06-01T09:00:01</CreDtTm></Id><Cntt><DataSetReqrd><Id><Tp>TRPR)"
+    R"(</Tp><Vrsn>1</Vrsn><Nm>{NAME}</Nm></Id></DataSetReqrd></Cntt></DataSet>)";
 
-const char* kTableDownload = R"(<?xml version="1.0" encoding="UTF-8" ?>
-<Document xmlns="urn:StatusReportV02.1">
-	<StsRpt>
-		<Hdr>
-			<DwnldTrf>false</DwnldTrf>
-			<FrmtVrsn>2.0</FrmtVrsn>
-			<CreDtTm>2025-06-01T09:00:00</CreDtTm>
-		</Hdr>
-		<StsRpt>
-			<POIId>
-				<Id>{KEY}</Id>
-			</POIId>
-{DATASETS}		</StsRpt>
-	</StsRpt>
-</Document>)";
+const char* kTableDownload =
+    R"(<?xml version="1.0" encoding="UTF-8" ?><Document xmlns="urn:StatusReportV02.1"><StsRpt><Hdr>)"
+    R"(<DwnldTrf>false</DwnldTrf><FrmtVrsn>2.0</FrmtVrsn><CreDtTm>2025-06-01T09:00:00</CreDtTm></Hdr><StsRpt>)"
+    R"(<POIId><Id>{KEY}</Id></POIId>{DATASETS}</StsRpt></StsRpt></Document>)";
 
 std::string substitute(std::string text, const std::string& marker, const std::string& value) {
     for (size_t at; (at = text.find(marker)) != std::string::npos;) {
@@ -235,7 +82,7 @@ std::string authorisationRequest(const AuthorisationFields& f) {
     text = substitute(text, "{HEADER_LAST}", f.headerFirst ? "" : kHeader);
     text = substitute(text, "{PIN_BLOCK}", f.onlinePin ? kPinBlock : "");
     text = substitute(text, "{METHOD}", f.onlinePin ? "NPIN" : "FPIN");
-    text = substitute(text, "{ICC}", f.cardData.empty() ? "" : "\t\t\t\t\t<ICCRltdData>" + f.cardData + "</ICCRltdData>\n");
+    text = substitute(text, "{ICC}", f.cardData.empty() ? "" : "<ICCRltdData>" + f.cardData + "</ICCRltdData>");
     text = substitute(text, "{MERCHANT}", f.merchantId);
     text = substitute(text, "{PAN}", f.pan);
     text = substitute(text, "{MODE}", f.entryMode);
@@ -246,7 +93,7 @@ std::string authorisationRequest(const AuthorisationFields& f) {
 
 std::string cancellationAdvice(const CancellationFields& f) {
     std::string text = kCancellation;
-    text = substitute(text, "{RECEIPT}", f.receiptId.empty() ? "" : "\t\t\t\t\t<RcptTxId>" + f.receiptId + "</RcptTxId>\n");
+    text = substitute(text, "{RECEIPT}", f.receiptId.empty() ? "" : "<RcptTxId>" + f.receiptId + "</RcptTxId>");
     text = substitute(text, "{MERCHANT}", f.merchantId);
     text = substitute(text, "{INITIATOR}", f.initiatorId);
     text = substitute(text, "{AMOUNT}", f.amount);

@@ -4,8 +4,9 @@
 
 #include <nlohmann/json.hpp>
 
-// Hand-written request documents in the shape the library sends, with the
-// values a test varies. Tests break them further with replace().
+// Hand-written request documents with every element the emulator demands, in
+// its order (whitespace is free, so they are kept compact), and the values a
+// test varies. Tests break them further with replace().
 
 struct AuthorisationFields {
     std::string merchantId = "12345678";

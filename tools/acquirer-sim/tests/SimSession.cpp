@@ -2,29 +2,55 @@
 
 #include <pugixml.hpp>
 
-SimSession::SimSession(std::vector<std::string> extraArguments) {
-    process_ = std::make_unique<SimProcess>(directory_.path() / "state", std::move(extraArguments));
-    client_ = std::make_unique<HttpsClient>(process_->baseUrl(), process_->caFile());
+#include <fstream>
+#include <stdexcept>
+
+using namespace std::chrono_literals;
+
+SimSession::SimSession(std::vector<std::string> extraArguments, std::string state)
+    : state_(state.empty() ? directory_.file("state") : std::move(state)) {
+    std::vector<std::string> arguments{"--port", "0", "--state", state_};
+    arguments.insert(arguments.end(), extraArguments.begin(), extraArguments.end());
+    // The emulator echoes its request log on standard error; keep it out of the test output.
+    process_ = std::make_unique<KVRProcess>(KOVRA_ACQUIRER_SIM_BINARY, arguments,
+                                            KVRProcess::Options{.environment = {}, .captureErrors = true});
+    const std::string ready = "kovra-acquirer-sim ready at ";
+    auto line = process_->waitForLine(ready, 20s);
+    auto ca = line ? process_->waitForLine("ca: ", 5s) : std::nullopt;
+    if (!ca) throw std::runtime_error("the emulator did not get ready: " + process_->errors());
+    readyLine_ = *line;
+    baseUrl_ = line->substr(ready.size());
+    caFile_ = ca->substr(4);
+    client_ = std::make_unique<HttpsClient>(baseUrl_, caFile_);
+}
+
+std::vector<std::string> SimSession::requestLog() const {
+    std::ifstream in(state_ + "/requests.log");
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+}
+
+KVRProcess::Result runSim(const std::vector<std::string>& arguments) {
+    return KVRProcess::run(KOVRA_ACQUIRER_SIM_BINARY, arguments);
 }
 
 namespace {
 
-pugi::xpath_node find(const std::string& xml, const char* xpath, pugi::xml_document& doc) {
-    if (!doc.load_buffer(xml.data(), xml.size())) {
-        return {};
-    }
-    return doc.select_node(xpath);
+pugi::xpath_node find(const std::string& xml, const std::string& xpath, pugi::xml_document& doc) {
+    if (!doc.load_buffer(xml.data(), xml.size())) return {};
+    return doc.select_node(xpath.c_str());
 }
 
 } // namespace
 
-std::string valueAt(const std::string& xml, const char* xpath) {
+std::string valueAt(const std::string& xml, const std::string& xpath) {
     pugi::xml_document doc;
     pugi::xpath_node node = find(xml, xpath, doc);
     return node ? node.node().text().get() : "";
 }
 
-bool hasNode(const std::string& xml, const char* xpath) {
+bool hasNode(const std::string& xml, const std::string& xpath) {
     pugi::xml_document doc;
     return static_cast<bool>(find(xml, xpath, doc));
 }

@@ -164,7 +164,7 @@ TEST(KVRSimChip, FinishApprovesOnlyTheApprovalCode) {
 }
 
 TEST(KVRSimStripe, PinEntryShowsThePromptAndReturnsAPinBlock) {
-    KVRSimTestDirectory logs;
+    KVRTempDirectory logs;
     KVRSimTestBench bench({"--card", "stripe-pin", "--display-log", logs.file("display.log")});
     auto reply = bench.client().exchange(R::gpn("5555555555554444", "VALOR:      1000SENHA:"));
     ASSERT_EQ(reply.size(), 9u + 36u);
@@ -175,7 +175,7 @@ TEST(KVRSimStripe, PinEntryShowsThePromptAndReturnsAPinBlock) {
 }
 
 TEST(KVRSimCards, ScenarioListGivesOneCardPerSuccessfulReadAndRepeatsTheLast) {
-    auto bench = KVRSimTestBench::withScenario(R"({"cards": ["chip-visa", "chip-master", "stripe-pin"],
+    auto bench = std::make_unique<KVRSimTestBench>(std::vector<std::string>{}, KVRSimTestBench::Endpoint::Tcp, R"({"cards": ["chip-visa", "chip-master", "stripe-pin"],
         "faults": [{"command": "GCR", "nth": 2, "status": 13}, {"command": "GCR", "nth": 4, "card": "stripe"}]})");
     bench->loadTables();
     std::vector<std::string> pans;

@@ -6,40 +6,33 @@
 
 #include <stdexcept>
 
-KVRSimTestBench::KVRSimTestBench(std::vector<std::string> arguments, Endpoint endpoint)
-    : KVRSimTestBench(std::make_shared<KVRSimTestDirectory>(), std::move(arguments), endpoint) {}
+namespace {
 
-KVRSimTestBench::KVRSimTestBench(std::shared_ptr<KVRSimTestDirectory> directory, std::vector<std::string> arguments,
-                                 Endpoint endpoint)
-    : directory_(std::move(directory)) {
-    if (endpoint == Endpoint::Tcp) {
-        arguments.insert(arguments.begin(), {"--tcp", "0"});
+const std::string kReady = "kovra-pinpad-sim ready on ";
+
+}  // namespace
+
+KVRSimTestBench::KVRSimTestBench(std::vector<std::string> arguments, Endpoint endpoint, const std::string& scenario) {
+    if (endpoint == Endpoint::Tcp) arguments.insert(arguments.begin(), {"--tcp", "0"});
+    if (!scenario.empty()) {
+        directory_.write("scenario.json", scenario);
+        arguments.insert(arguments.end(), {"--scenario", directory_.file("scenario.json")});
     }
-    process_ = std::make_unique<KVRSimTestProcess>(arguments, directory_->file("stderr.txt"));
-    endpoint_ = process_->waitReady();
+    process_ = std::make_unique<KVRProcess>(KOVRA_PINPAD_SIM_BINARY, arguments, KVRProcess::Options{.environment = {}, .captureErrors = true});
+    reopen();
 }
 
 KVRSimTestBench::~KVRSimTestBench() {
     client_.reset();
-    int status = process_->terminate();
+    int status = process_->stop();
     auto errors = this->errors();
     if (status != 0 || errors.find("Sanitizer") != std::string::npos || errors.find("runtime error") != std::string::npos) {
         ADD_FAILURE() << "the emulator ended with status " << status << ":\n" << errors;
     }
 }
 
-std::unique_ptr<KVRSimTestBench> KVRSimTestBench::withScenario(const std::string& scenario,
-                                                               std::vector<std::string> arguments) {
-    auto directory = std::make_shared<KVRSimTestDirectory>();
-    directory->write("scenario.json", scenario);
-    arguments.insert(arguments.end(), {"--scenario", directory->file("scenario.json")});
-    return std::unique_ptr<KVRSimTestBench>(new KVRSimTestBench(directory, arguments, Endpoint::Tcp));
-}
-
 KVRSimTestClient& KVRSimTestBench::client() {
-    if (!client_) {
-        client_ = connect();
-    }
+    if (!client_) client_ = connect();
     return *client_;
 }
 
@@ -48,13 +41,17 @@ void KVRSimTestBench::loadTables() {
     for (const auto& request : {KVRSimTestRequests::tli(), KVRSimTestRequests::tlr({KVRSimTestRequests::aidRecord()}),
                                 KVRSimTestRequests::tlr({KVRSimTestRequests::capkRecord()}), std::string("TLE000")}) {
         auto reply = host.exchange(request);
-        if (reply != request.substr(0, 3) + "000") {
-            throw std::runtime_error("table load step answered " + reply);
-        }
+        if (reply != request.substr(0, 3) + "000") throw std::runtime_error("table load step answered " + reply);
     }
 }
 
 void KVRSimTestBench::reopen() {
     client_.reset();
-    endpoint_ = process_->waitReady();
+    auto line = process_->waitForLine(kReady, std::chrono::seconds(10));
+    if (!line) throw std::runtime_error("the emulator printed no ready line: " + errors());
+    endpoint_ = line->substr(kReady.size());
+}
+
+KVRProcess::Result runSim(const std::vector<std::string>& arguments) {
+    return KVRProcess::run(KOVRA_PINPAD_SIM_BINARY, arguments);
 }

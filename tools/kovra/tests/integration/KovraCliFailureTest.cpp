@@ -142,14 +142,14 @@ TEST(KovraCliInterruptTest, AnInterruptedSaleLeavesNothingApprovedOrOwed) {
     for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
         SCOPED_TRACE(signal);
         size_t before = bench.pinpadCommands().size();
-        KovraCliProcess sale({"--read-timeout", "2", "sale", "--amount", "1000"}, bench.environment());
+        auto sale = startKovra({"--read-timeout", "2", "sale", "--amount", "1000"}, bench.environment());
         ASSERT_TRUE(kvrWaitUntil([&] {
             auto commands = bench.pinpadCommands();
             return std::any_of(commands.begin() + std::min(before, commands.size()), commands.end(),
                                [](const std::string& command) { return command.rfind("FNC", 0) == 0; });
         }));
-        sale.interrupt(signal);
-        auto result = sale.finish(30s);
+        sale->signal(signal);
+        auto result = sale->finish(30s);
         EXPECT_EQ(result.exitCode, 130) << result.err;
         auto last = nlohmann::json::parse(bench.run({"--json", "last"}).out);
         EXPECT_EQ(last["state"], "reversed") << last.dump(2);
@@ -178,10 +178,10 @@ TEST(KovraCliFailureTest, UnreadableStoreIsReported) {
 }
 
 TEST_F(KovraCliSilentPinpadTest, WithoutTimeOutCtrlCEndsTheWait) {
-    KovraCliProcess waiting({"display", "OI"}, bench_.environment());
+    auto waiting = startKovra({"display", "OI"}, bench_.environment());
     ASSERT_TRUE(displayReceived());
-    waiting.interrupt();
-    auto result = waiting.finish(10s);
+    waiting->signal(SIGINT);
+    auto result = waiting->finish(10s);
     EXPECT_EQ(result.exitCode, 130);
     EXPECT_NE(result.err.find("kovra: interrupted"), std::string::npos) << result.err;
 }

@@ -1,11 +1,10 @@
-// The command line itself: usage errors, help, the information dictionary and
-// the version; none of these needs an emulator.
-#include "KovraCliProcess.h"
+// The command line itself: usage errors, the information dictionary and its
+// template; none of these needs an emulator.
+#include "KovraEmulatorBench.h"
 
 #include "testing/KVRTempDirectory.h"
 
 #include <kovra/KVRApplicationInfo.h>
-#include <kovra/KVRVersion.h>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -77,23 +76,6 @@ INSTANTIATE_TEST_SUITE_P(
                       UsageCase{{"--pinpad", "/dev/ttyUSB0@12345", "connect"}, "one of 1200"},
                       UsageCase{{"demo", "--pause", "-1"}, "--pause"}));
 
-TEST(KovraCliHelpTest, EveryCommandHasHelp) {
-    const std::vector<std::vector<std::string>> commands{
-        {},          {"connect"},  {"enroll"},  {"deactivate"}, {"tables"},    {"tables", "download"},
-        {"tables", "load"},        {"display"}, {"card-pan"},   {"sale"},      {"cancel"},
-        {"list"},    {"merchants"}, {"receipt"}, {"feedback"},  {"version"},   {"demo"}};
-    for (const auto& command : commands) {
-        auto arguments = command;
-        arguments.push_back("--help");
-        auto result = runKovra(arguments);
-        std::string usage = "Usage: kovra";
-        for (const auto& word : command) usage += " " + word;
-        EXPECT_EQ(result.exitCode, 0) << usage;
-        EXPECT_NE(result.out.find(usage), std::string::npos) << result.out;
-        EXPECT_EQ(result.err, "");
-    }
-}
-
 struct DictionaryCase {
     std::string name;
     std::string contents;  // empty: no file at all
@@ -135,18 +117,6 @@ INSTANTIATE_TEST_SUITE_P(
                                                  "Pinpad</key><string>x") + '\0' + "y</string></dict></plist>",
                                      "NUL byte in an XML property list"}),
     [](const auto& info) { return info.param.name; });
-
-TEST(KovraCliVersionTest, TextAndJsonNameTheLibraryVersion) {
-    auto text = runKovra({"version"});
-    EXPECT_EQ(text.exitCode, 0);
-    EXPECT_EQ(text.out, std::string("kovra ") + KovraSDKVersionString + " (library version number " +
-                            std::to_string(static_cast<long long>(KovraSDKVersionNumber)) + ")\n");
-    auto json = runKovra({"--json", "version"});
-    ASSERT_EQ(json.exitCode, 0);
-    auto document = nlohmann::json::parse(json.out);
-    EXPECT_EQ(document["version"], KovraSDKVersionString);
-    EXPECT_EQ(document["versionNumber"], static_cast<long long>(KovraSDKVersionNumber));
-}
 
 std::string contents(const std::string& path) {
     std::ifstream in(path, std::ios::binary);

@@ -1,5 +1,5 @@
 // `kovra demo` from a clean machine: both emulators started and stopped by it.
-#include "KovraCliProcess.h"
+#include "KovraEmulatorBench.h"
 
 #include "KVRSimCard.h"
 #include "testing/KVRTempDirectory.h"
@@ -41,7 +41,7 @@ std::string contents(const fs::path& file) {
 }
 
 // What the run left behind: every file under the kept directory, then its output.
-std::vector<std::pair<std::string, std::string>> everythingWritten(const std::string& kept, const KovraCliResult& result) {
+std::vector<std::pair<std::string, std::string>> everythingWritten(const std::string& kept, const KVRProcess::Result& result) {
     std::vector<std::pair<std::string, std::string>> texts;
     for (const auto& entry : fs::recursive_directory_iterator(kept))
         if (entry.is_regular_file()) texts.emplace_back(entry.path().string(), contents(entry.path()));
@@ -124,10 +124,10 @@ TEST(KovraDemoTest, KeptDirectoryServesLaterCommandsAndHoldsNoCardData) {
 TEST(KovraDemoTest, CtrlCStopsTheEmulatorsAndRemovesItsDirectory) {
     KVRTempDirectory temporary;
     // With the library's write pause the sales take seconds: time to interrupt one.
-    KovraCliProcess demo({"demo", "--pause", "0.5"}, {"TMPDIR=" + temporary.path()});
-    ASSERT_TRUE(demo.waitForOutput("[4/9]", 60s));
-    demo.interrupt();
-    auto result = demo.finish(20s);
+    auto demo = startKovra({"demo", "--pause", "0.5"}, {"TMPDIR=" + temporary.path()});
+    ASSERT_TRUE(demo->waitForLine("[4/9]", 60s));
+    demo->signal(SIGINT);
+    auto result = demo->finish(20s);
     EXPECT_EQ(result.exitCode, 130);
     EXPECT_NE(result.err.find("kovra: interrupted"), std::string::npos) << result.err;
     EXPECT_EQ(processesMentioning(temporary.path()), 0);
@@ -139,7 +139,7 @@ TEST(KovraDemoTest, MissingEmulatorsAreNamed) {
     std::string copy = alone.file("kovra");
     fs::copy_file(KOVRA_CLI_BINARY, copy);
     fs::permissions(copy, fs::perms::owner_all);
-    auto result = KovraCliProcess({"demo"}, {"PATH=" + alone.path(), "TMPDIR=" + alone.path()}, copy).finish();
+    auto result = runKovra({"demo"}, {"PATH=" + alone.path(), "TMPDIR=" + alone.path()}, 60s, copy);
     EXPECT_EQ(result.exitCode, 3);
     ASSERT_EQ(result.errorLines().size(), 1u) << result.err;
     EXPECT_EQ(result.err.rfind("kovra: cannot find kovra-acquirer-sim", 0), 0u) << result.err;

@@ -4,11 +4,27 @@
 
 #include <kovra/KVRApplicationInfo.h>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <stdexcept>
-#include <sys/socket.h>
-#include <unistd.h>
+
+namespace {
+
+KVRProcess::Options cliOptions(const std::vector<std::string>& environment) {
+    KVRProcess::Options options{.environment = {"KOVRA_*"}, .captureErrors = true};
+    options.environment.insert(options.environment.end(), environment.begin(), environment.end());
+    return options;
+}
+
+}  // namespace
+
+KVRProcess::Result runKovra(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
+                            std::chrono::milliseconds timeout, const std::string& program) {
+    return KVRProcess::run(program, arguments, cliOptions(environment), timeout);
+}
+
+std::unique_ptr<KVRProcess> startKovra(const std::vector<std::string>& arguments,
+                                       const std::vector<std::string>& environment) {
+    return std::make_unique<KVRProcess>(KOVRA_CLI_BINARY, arguments, cliOptions(environment));
+}
 
 KovraEmulatorBench::KovraEmulatorBench() : KovraEmulatorBench(Options{}) {}
 
@@ -18,8 +34,9 @@ KovraEmulatorBench::KovraEmulatorBench(const Options& options) : emulators_(emul
     if (!emulators_.ready()) throw std::runtime_error(emulators_.failure());
     KVRPropertyDictionary info = KVRApplicationInfo::dictionary();
     if (options.deadAcquirer) {
-        std::string nowhere = "127.0.0.1:" + std::to_string(closedPort());
-        for (const char* key : {"Kovra TMS Host", "Kovra Authorizer Host", "Kovra Mail Host"}) info[key] = nowhere;
+        deadPort_ = std::make_unique<KVRLoopbackPort>();
+        for (const char* key : {"Kovra TMS Host", "Kovra Authorizer Host", "Kovra Mail Host"})
+            info[key] = deadPort_->hostAndPort();
     }
     info["Kovra Support Mailbox"] = std::string("suporte@kovra.example");
     info["CFBundleVersion"] = std::string("1.0");
@@ -38,20 +55,4 @@ KVREmulators::Options KovraEmulatorBench::emulatorOptions(const Options& options
 
 std::vector<std::string> KovraEmulatorBench::environment() const {
     return {"KOVRA_INFO_PLIST=" + directory_.file("Info.plist"), "KOVRA_DATA_DIR=" + dataDirectory()};
-}
-
-KovraCliResult KovraEmulatorBench::run(const std::vector<std::string>& arguments) const {
-    return runKovra(arguments, environment());
-}
-
-int KovraEmulatorBench::closedPort() {
-    int fd = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    ::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
-    ::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
-    ::close(fd);
-    return ntohs(address.sin_port);
 }

@@ -1,14 +1,25 @@
 #pragma once
 
-#include "KovraCliProcess.h"
-
 #include "testing/KVREmulators.h"
+#include "testing/KVRLoopbackPort.h"
+#include "testing/KVRProcess.h"
 #include "testing/KVRTempDirectory.h"
 
 #include <nlohmann/json.hpp>
 
+#include <memory>
 #include <string>
 #include <vector>
+
+/// The kovra binary (or another program) run to its end with both output
+/// streams captured. The environment is the test's own without KOVRA_*
+/// variables, plus `environment` (NAME=value entries).
+KVRProcess::Result runKovra(const std::vector<std::string>& arguments, const std::vector<std::string>& environment = {},
+                            std::chrono::milliseconds timeout = std::chrono::seconds(60),
+                            const std::string& program = KOVRA_CLI_BINARY);
+/// The same, started and left running (to be interrupted).
+std::unique_ptr<KVRProcess> startKovra(const std::vector<std::string>& arguments,
+                                       const std::vector<std::string>& environment);
 
 /// Both emulators started for one test (KVREmulators), an information
 /// dictionary file that points kovra at them (write pause 0), and a data
@@ -29,7 +40,7 @@ public:
     explicit KovraEmulatorBench(const Options& options);
 
     /// kovra with this bench's dictionary and data directory.
-    KovraCliResult run(const std::vector<std::string>& arguments) const;
+    KVRProcess::Result run(const std::vector<std::string>& arguments) const { return runKovra(arguments, environment()); }
     std::vector<std::string> environment() const;
     /// The kovra process's data directory (Documents and Library).
     std::string dataDirectory() const { return directory_.file("data"); }
@@ -40,12 +51,11 @@ public:
     /// The requests the PIN pad received, in order.
     std::vector<std::string> pinpadCommands() const { return emulators_.commandLog(); }
 
-    /// A loopback port nothing listens on (bound, then released).
-    static int closedPort();
-
 private:
     static KVREmulators::Options emulatorOptions(const Options& options);
 
     KVREmulators emulators_;
     KVRTempDirectory directory_;
+    /// Held for the bench's life, so no other program can take it meanwhile.
+    std::unique_ptr<KVRLoopbackPort> deadPort_;
 };

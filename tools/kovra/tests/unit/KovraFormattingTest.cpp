@@ -21,13 +21,6 @@ TEST(KovraTextTest, ReaisGroupThousandsAndKeepTwoDecimals) {
     for (const auto& [cents, text] : cases) EXPECT_EQ(KovraText::reais(cents), text) << cents;
 }
 
-TEST(KovraTextTest, SecondsWithoutTrailingZeros) {
-    EXPECT_EQ(KovraText::seconds(0), "0");
-    EXPECT_EQ(KovraText::seconds(0.5), "0.5");
-    EXPECT_EQ(KovraText::seconds(16), "16");
-    EXPECT_EQ(KovraText::seconds(1.234), "1.23");
-}
-
 TEST(KovraTextTableTest, ColumnsAlignOnAccentedText) {
     KovraTextTable table({"TYPE", "STATUS"});
     table.addRow({"Crédito", "Transação Aprovada"});
@@ -44,12 +37,6 @@ TEST(KovraTableLoadProgressTest, ReadsOnlyWellFormedCounts) {
     EXPECT_EQ(KovraTableLoadProgress::parse("10/10"), std::make_pair(10, 10));
     for (const char* text : {"", "3", "/10", "3/", "a/10", "3/10x", "11/10", "3/0", "-1/10"})
         EXPECT_FALSE(KovraTableLoadProgress::parse(text)) << text;
-}
-
-TEST(KovraTableLoadProgressTest, BarFillsInProportion) {
-    EXPECT_EQ(KovraTableLoadProgress::bar(0, 10, 10), "tables [..........]  0/10");
-    EXPECT_EQ(KovraTableLoadProgress::bar(5, 10, 10), "tables [#####.....]  5/10");
-    EXPECT_EQ(KovraTableLoadProgress::bar(10, 10, 10), "tables [##########] 10/10");
 }
 
 // The demo writes its dictionary with this and loads it back with the library.
