@@ -7,6 +7,8 @@
 #include <kovra/KVRTransactionModel.h>
 
 #include "Host/KVRCommunicationController.h"
+#include "Persistence/KVRJournal.h"
+#include "Transactions/KVRReversalController.h"
 #include "Utils/KVRReachability.h"
 #include "testing/KVRCompletionRecorder.h"
 #include "testing/KVRFakeExchange.h"
@@ -130,6 +132,46 @@ TEST_F(CancellationTest, ARecordDeletedDuringTheExchangeStaysDeleted) {
     auto call = cancel(sale);
     EXPECT_TRUE(call.success) << "the acquirer did cancel it";
     EXPECT_EQ(storedStatus(), -1);
+}
+
+// Nobody finished the sales of a process that died: what the host approved,
+// or may have approved, is reversed; a decline is settled without an advice,
+// and a running process's entries are left to it.
+TEST_F(CancellationTest, RecoveryReversesWhatADeadProcessMayHaveLeftApproved) {
+    constexpr long long kDeadProcess = 2147480000;  // above any pid_max
+    constexpr long long kRunningProcess = 1;
+    struct Row {
+        const char* name;
+        const char* state;
+        std::optional<int> hostResponse;
+        long long process;
+        const char* after;
+    } rows[] = {
+        {"no answer came", KVRJournalEntry::kSent, std::nullopt, kDeadProcess, KVRJournalEntry::kReversed},
+        {"approved, never stored", KVRJournalEntry::kAnswered, 1, kDeadProcess, KVRJournalEntry::kReversed},
+        {"declined", KVRJournalEntry::kAnswered, 0, kDeadProcess, KVRJournalEntry::kSettled},
+        {"its process still runs", KVRJournalEntry::kSent, std::nullopt, kRunningProcess, KVRJournalEntry::kSent},
+    };
+    host_.replyWith(withCode("APPR"));
+    std::vector<std::int64_t> identifiers;
+    for (const auto& row : rows) {
+        KVRJournalEntry entry;
+        entry.state = row.state;
+        entry.hostResponse = row.hostResponse;
+        entry.processIdentifier = row.process;
+        entry.initiatorTransactionKey = row.name;
+        entry.reference = "REF-1";
+        entry.amount = "1250";
+        entry.merchantKey = "1234-5678";
+        ASSERT_TRUE(KVRJournal::append(entry));
+        identifiers.push_back(entry.identifier);
+    }
+    KVRReversalController::recoverNow();
+    for (size_t i = 0; i < identifiers.size(); ++i) {
+        SCOPED_TRACE(rows[i].name);
+        EXPECT_EQ(KVRJournal::entry(identifiers[i])->state, rows[i].after);
+    }
+    EXPECT_EQ(host_.count(), 2u);
 }
 
 }  // namespace

@@ -31,16 +31,17 @@ struct Case {
 std::vector<Case> cases() {
     KVRPinpadReplies::CardRead card;
     card.firstTrack = "B4761739001010010^DA SILVA/MARIA^2812201";
+    card.secondTrack = "4761739001010010=281220112345678901234";  // the area's full 37 characters
     const std::string pinBlock = "0123456789ABCDEF", keySerial = "FFFF9876543210E00001";
     const std::string emv = "9F26081122334455667788";
     const std::string gpnRequest = "GPN045" "3" "16" "00" "   4761739001010010" "04" "12" "000";
     return {
         {"card read", KVRCardDataMasking::maskPinpadReply, KVRPinpadReplies::gcrReply(0, card),
-         {"4761739001010010", "28122011234567890123", "MARIA", "SILVA", "* *"}, {"GCR000", "476173******0010", "VISA CREDITO"}},
+         {"4761739001010010", "28122011234567890123", "MARIA", "SILVA", "* *"}, {"GCR000", "476173******0010", "VISA CREDITO", "37" + std::string(37, '*')}},
         {"chip processing", KVRCardDataMasking::maskPinpadReply, KVRPinpadReplies::gocReply(0, 2, pinBlock, keySerial, emv),
-         {pinBlock, "9876543210E"}, {"GOC000", emv}},
+         {pinBlock, "9876543210E"}, {"GOC000", emv, std::string(36, '*')}},
         {"PIN entry", KVRCardDataMasking::maskPinpadReply, KVRPinpadReplies::gpnReply(0, pinBlock, keySerial),
-         {pinBlock, "9876543210E"}, {"GPN000"}},
+         {pinBlock, "9876543210E"}, {"GPN000", std::string(36, '*')}},
         {"unknown reply", KVRCardDataMasking::maskPinpadReply, "XYZ000015B4761739001010010", {"4761739001010010"}, {"XYZ000"}},
         {"notification", KVRCardDataMasking::maskPinpadReply, "NTM000011RETIRE 12345", {}, {"NTM000011RETIRE 12345"}},
         {"PIN entry request", KVRCardDataMasking::maskPinpadRequest, gpnRequest, {"4761739001010010"},
