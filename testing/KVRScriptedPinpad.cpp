@@ -1,15 +1,12 @@
 #include "testing/KVRScriptedPinpad.h"
 
 #include "Pinpad/KVRBluetoothConnection.h"
+#include "testing/KVRAbecsWire.h"
 
 namespace {
-constexpr uint8_t kEot = 0x04;
-constexpr uint8_t kAck = 0x06;
-constexpr uint8_t kDc3 = 0x13;
-constexpr uint8_t kNak = 0x15;
-constexpr uint8_t kSyn = 0x16;
-constexpr uint8_t kEtb = 0x17;
-constexpr uint8_t kCan = 0x18;
+using W = KVRAbecsWire;
+constexpr uint8_t kEot = W::kEot, kAck = W::kAck, kDc3 = W::kDc3, kNak = W::kNak, kSyn = W::kSyn, kEtb = W::kEtb,
+                  kCan = W::kCan;
 constexpr auto kPollSlice = std::chrono::milliseconds(20);
 }  // namespace
 
@@ -74,39 +71,6 @@ bool KVRScriptedPinpad::waitForRequests(size_t count, std::chrono::milliseconds 
     return changed_.wait_for(lock, timeout, [&] { return requests_.size() >= count; });
 }
 
-uint16_t KVRScriptedPinpad::crc16(const uint8_t* bytes, size_t length) {
-    // CRC-16/XMODEM, bit by bit.
-    uint16_t crc = 0;
-    for (size_t i = 0; i < length; ++i) {
-        crc ^= static_cast<uint16_t>(bytes[i]) << 8;
-        for (int bit = 0; bit < 8; ++bit) crc = (crc & 0x8000) ? static_cast<uint16_t>((crc << 1) ^ 0x1021) : static_cast<uint16_t>(crc << 1);
-    }
-    return crc;
-}
-
-std::vector<uint8_t> KVRScriptedPinpad::frame(const std::string& text, bool wrongCrc, bool straySyn, bool stuffed) {
-    std::vector<uint8_t> payload(text.begin(), text.end());
-    payload.push_back(kEtb);
-    uint16_t crc = crc16(payload.data(), payload.size());
-    if (wrongCrc) crc ^= 0x5A5A;
-    std::vector<uint8_t> bytes;
-    bytes.reserve(payload.size() + 4);
-    bytes.push_back(kSyn);
-    for (size_t i = 0; i < payload.size(); ++i) {
-        if (straySyn && i == text.size() / 2) bytes.push_back(kSyn);
-        uint8_t byte = payload[i];
-        if (stuffed && i < text.size() && (byte == kDc3 || byte == kSyn || byte == kEtb)) {
-            bytes.push_back(kDc3);
-            bytes.push_back(static_cast<uint8_t>(byte + 0x20));
-        } else {
-            bytes.push_back(byte);
-        }
-    }
-    bytes.push_back(static_cast<uint8_t>(crc >> 8));
-    bytes.push_back(static_cast<uint8_t>(crc & 0xFF));
-    return bytes;
-}
-
 void KVRScriptedPinpad::run() {
     uint8_t chunk[4096];
     while (!stop_) {
@@ -158,9 +122,7 @@ void KVRScriptedPinpad::consume(uint8_t byte) {
     case State::CrcLow: {
         crcReceived_ |= byte;
         state_ = State::Idle;
-        std::vector<uint8_t> payload(text_.begin(), text_.end());
-        payload.push_back(kEtb);
-        bool crcMatches = crc16(payload.data(), payload.size()) == crcReceived_;
+        bool crcMatches = W::crc(text_ + W::kEtb) == crcReceived_;
         {
             std::lock_guard lock(mutex_);
             requests_.push_back(text_);
@@ -210,7 +172,7 @@ void KVRScriptedPinpad::send(const std::vector<std::string>& texts) {
                 --damagedLeft_;
             }
         }
-        auto bytes = frame(text, damaged, options.straySyn, options.abecs);
+        auto bytes = W::frame(text, {damaged, options.straySyn, options.abecs});
         pending.insert(pending.end(), bytes.begin(), bytes.end());
         if (options.oneWritePerAnswer) continue;
         if (options.splitWrites) {

@@ -85,11 +85,6 @@ public:
     void send(const std::vector<std::string>& texts);
     void sendRaw(const std::vector<uint8_t>& bytes);
 
-    /// ACK-less frame bytes: SYN, text (stuffed when asked), ETB, CRC high and low.
-    static std::vector<uint8_t> frame(const std::string& text, bool wrongCrc = false, bool straySyn = false,
-                                      bool stuffed = false);
-    static uint16_t crc16(const uint8_t* bytes, size_t length);
-
 private:
     void run();
     void consume(uint8_t byte);

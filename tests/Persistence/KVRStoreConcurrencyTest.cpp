@@ -6,7 +6,7 @@
 #include <kovra/KVRTmsTableModel.h>
 #include <kovra/KVRTransactionModel.h>
 
-#include "Persistence/KVRStoreFileInspector.h"
+#include "testing/KVRStoreFileInspector.h"
 #include "testing/KVRTemporaryStore.h"
 
 #include <future>

@@ -5,7 +5,7 @@
 #include <kovra/KVRTransactionModel.h>
 
 #include "Persistence/KVRPersistenceController.h"
-#include "Persistence/KVRStoreFileInspector.h"
+#include "testing/KVRStoreFileInspector.h"
 #include "testing/KVRLogCapture.h"
 #include "testing/KVRTemporaryStore.h"
 #include "testing/KVRTestFixture.h"

@@ -1,4 +1,4 @@
-#include "KVRLinkTestSupport.h"
+#include "testing/KVRLinkTest.h"
 
 #include <kovra/KVRException.h>
 #include <kovra/KVRNotificationCenter.h>

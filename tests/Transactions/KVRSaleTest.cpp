@@ -3,8 +3,8 @@
 #include <kovra/KVRErrors.h>
 #include <kovra/KVRPinpadModel.h>
 
-#include "Persistence/KVRStoreFileInspector.h"
-#include "Transactions/KVRSaleBench.h"
+#include "testing/KVRStoreFileInspector.h"
+#include "testing/KVRSaleBench.h"
 #include "testing/KVRLogCapture.h"
 #include "testing/KVRPinpadReplies.h"
 #include "testing/KVRTestFixture.h"

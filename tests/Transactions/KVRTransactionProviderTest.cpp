@@ -5,9 +5,9 @@
 #include <kovra/KVRQueues.h>
 #include <kovra/KVRTransactionProvider.h>
 
-#include "Persistence/KVRStoreFileInspector.h"
+#include "testing/KVRStoreFileInspector.h"
 #include "Pinpad/KVRPinpadController.h"
-#include "Transactions/KVRSaleBench.h"
+#include "testing/KVRSaleBench.h"
 #include "Utils/KVRReachability.h"
 
 #include <condition_variable>

@@ -15,7 +15,7 @@
 #include <kovra/KVRTransactionProvider.h>
 
 #include "Host/KVRCommunicationController.h"
-#include "Persistence/KVRStoreFileInspector.h"
+#include "testing/KVRStoreFileInspector.h"
 #include "Pinpad/KVRBluetoothConnection.h"
 #include "Pinpad/KVRPinpadController.h"
 #include "testing/KVRCompletionRecorder.h"

@@ -1,6 +1,6 @@
 #include "KVRSimTestBench.h"
 #include "KVRSimTestRequests.h"
-#include "KVRSimTestWire.h"
+#include "testing/KVRAbecsWire.h"
 
 #include <gtest/gtest.h>
 
@@ -96,8 +96,8 @@ TEST(KVRSimCommandLine, LogsRecordRequestsWithCardDataMaskedAndEveryDisplayState
         host.exchange(R::display("DSP", "Processando..."));
         host.exchange(R::gpn(pan, "SENHA:"));
         for (const char* refused : {"GPN00555555", "DSP005Hello"}) {
-            host.send(KVRSimTestWire::frame(refused));
-            EXPECT_EQ(host.readByte(), KVRSimTestWire::kNak);
+            host.send(KVRAbecsWire::frame(refused));
+            EXPECT_EQ(host.readByte(), KVRAbecsWire::kNak);
         }
         host.exchange("RMC032    OPERA\xC7\xC3O       FINALIZADA   ");
         EXPECT_EQ(logs.read("commands.log"),

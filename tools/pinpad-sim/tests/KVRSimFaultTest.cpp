@@ -1,6 +1,6 @@
 #include "KVRSimTestBench.h"
 #include "KVRSimTestRequests.h"
-#include "KVRSimTestWire.h"
+#include "testing/KVRAbecsWire.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 namespace {
 
 using R = KVRSimTestRequests;
-using Wire = KVRSimTestWire;
+using Wire = KVRAbecsWire;
 
 std::unique_ptr<KVRSimTestBench> scenario(const std::string& text) {
     return std::make_unique<KVRSimTestBench>(std::vector<std::string>{}, KVRSimTestBench::Endpoint::Tcp, text);

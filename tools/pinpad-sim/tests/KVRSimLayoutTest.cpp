@@ -1,6 +1,6 @@
 #include "KVRSimTestBench.h"
 #include "KVRSimTestRequests.h"
-#include "KVRSimTestWire.h"
+#include "testing/KVRAbecsWire.h"
 
 #include <gtest/gtest.h>
 
@@ -93,17 +93,17 @@ TEST(KVRSimLayout, EveryCommandIsCheckedAgainstItsAbecsLayout) {
         for (const auto& row : rows()) {
             SCOPED_TRACE(row.what);
             bool refused = row.reply.empty() || (strict && row.kept);
-            host.send(KVRSimTestWire::frame(row.text));
+            host.send(KVRAbecsWire::frame(row.text));
             auto first = host.readByte();
             if (refused) {
-                EXPECT_EQ(first, KVRSimTestWire::kNak);
+                EXPECT_EQ(first, KVRAbecsWire::kNak);
                 // The line is written before the NAK, so it is there by now.
                 auto errors = bench.errors();
                 auto line = errors.substr(errors.rfind("NAK"));
                 EXPECT_NE(line.find(row.reply.empty() ? row.logged : "--strict-abecs"), std::string::npos) << line;
                 continue;
             }
-            ASSERT_EQ(first, KVRSimTestWire::kAck);
+            ASSERT_EQ(first, KVRAbecsWire::kAck);
             auto reply = host.readFrame().text;
             // GOC and FNC answer with chip data; every other six-character reply is the whole reply.
             bool whole = row.reply.size() == 6 && row.reply != "GOC000" && row.reply != "FNC000";

@@ -1,6 +1,6 @@
 #include "KVRSimTestClient.h"
 
-#include "KVRSimTestWire.h"
+#include "testing/KVRAbecsWire.h"
 
 #include <arpa/inet.h>
 #include <cerrno>
@@ -79,29 +79,29 @@ char KVRSimTestClient::requireByte() {
 KVRSimTestClient::Frame KVRSimTestClient::readFrame() {
     Frame frame;
     char byte = requireByte();
-    if (byte != KVRSimTestWire::kSyn) {
-        throw std::runtime_error("a frame must start with SYN, got " + KVRSimTestWire::hexDump(std::string(1, byte)));
+    if (byte != KVRAbecsWire::kSyn) {
+        throw std::runtime_error("a frame must start with SYN, got " + KVRAbecsWire::hexDump(std::string(1, byte)));
     }
     frame.raw.push_back(byte);
-    while ((byte = requireByte()) != KVRSimTestWire::kEtb) {
+    while ((byte = requireByte()) != KVRAbecsWire::kEtb) {
         frame.raw.push_back(byte);
-        if (byte != KVRSimTestWire::kSyn) {
+        if (byte != KVRAbecsWire::kSyn) {
             frame.text.push_back(byte);
         }
     }
     frame.raw.push_back(byte);
     std::string crc{requireByte(), requireByte()};
     frame.raw += crc;
-    frame.crcMatches = KVRSimTestWire::frame(frame.text).substr(frame.text.size() + 2) == crc;
+    frame.crcMatches = KVRAbecsWire::frame(frame.text).substr(frame.text.size() + 2) == crc;
     return frame;
 }
 
 std::string KVRSimTestClient::exchange(std::string_view text) {
-    send(KVRSimTestWire::frame(text));
+    send(KVRAbecsWire::frame(text));
     char first = requireByte();
-    if (first != KVRSimTestWire::kAck) {
+    if (first != KVRAbecsWire::kAck) {
         throw std::runtime_error("expected ACK for " + std::string(text.substr(0, 3)) + ", got " +
-                                 KVRSimTestWire::hexDump(std::string(1, first)));
+                                 KVRAbecsWire::hexDump(std::string(1, first)));
     }
     auto frame = readFrame();
     if (!frame.crcMatches) {

@@ -1,6 +1,6 @@
 #include "KVRSimTestBench.h"
 #include "KVRSimTestRequests.h"
-#include "KVRSimTestWire.h"
+#include "testing/KVRAbecsWire.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 
 namespace {
 
-using Wire = KVRSimTestWire;
+using Wire = KVRAbecsWire;
 
 class KVRSimWireTest : public ::testing::TestWithParam<KVRSimTestBench::Endpoint> {
 protected:
@@ -65,7 +65,7 @@ TEST_P(KVRSimWireTest, CanIsAnsweredEotAndAbandonsACardReadWaitingForTheCard) {
 // request trickled byte by byte is answered; serving goes on after each.
 TEST_P(KVRSimWireTest, DamagedOrTrickledRequestsAndServingGoesOn) {
     auto& host = bench.client();
-    host.send(Wire::frameWithWrongCrc("OPN000"));
+    host.send(Wire::frame("OPN000", {.wrongCrc = true}));
     EXPECT_EQ(host.readByte(), Wire::kNak);
     EXPECT_EQ(host.exchange("OPN000"), "OPN000");
     EXPECT_NE(bench.errors().find("NAK OPN: bad CRC"), std::string::npos) << bench.errors();

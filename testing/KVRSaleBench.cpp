@@ -1,4 +1,4 @@
-#include "Transactions/KVRSaleBench.h"
+#include "testing/KVRSaleBench.h"
 
 #include <kovra/KVRMerchantModel.h>
 #include <kovra/KVRQueues.h>
