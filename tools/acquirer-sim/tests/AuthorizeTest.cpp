@@ -34,30 +34,28 @@ protected:
 
 std::unique_ptr<SimSession> AuthorizeTest::session_;
 
-// The last two digits decide; a decline tells the card so in tag 8A.
-TEST_F(AuthorizeTest, DecidesByTheLastTwoDigits) {
+// The last two digits decide, and tag 8A tells the card so after the card's
+// own cryptogram (for the receipt); tag 91 carries ten bytes. The answer
+// echoes the sale and issues a receipt key of its own to each.
+TEST_F(AuthorizeTest, DecidesByTheLastTwoDigitsAndEchoesTheSale) {
     const std::vector<std::tuple<const char*, const char*, const char*>> cases{
-        {"1000", "APPR", "8A023030"}, {"1051", "DECL", "8A023035"}, {"1052", "PART", ""}, {"253", "TECH", ""},
-        {"150", "APPR", ""},          {"7", "APPR", ""},             {"5100", "APPR", ""}};
-    for (const auto& [amount, response, issuerTag] : cases) {
+        {"1000", "APPR", "3030"}, {"1051", "DECL", "3035"}, {"1052", "PART", "3130"}, {"253", "TECH", "3936"},
+        {"150", "APPR", "3030"},  {"7", "APPR", "3030"},    {"5100", "APPR", "3030"}};
+    std::set<std::string> receipts;
+    for (const auto& [amount, response, arc] : cases) {
         SCOPED_TRACE(amount);
-        HttpReply reply = authorise(amount);
+        AuthorisationFields fields;
+        fields.amount = amount;
+        fields.reference = std::string(32 - fields.amount.size(), 'A') + amount;
+        HttpReply reply = authorise(fields);
         ASSERT_EQ(reply.error, CURLE_OK);
         EXPECT_EQ(reply.status, 200);
         EXPECT_EQ(valueAt(reply.body, kResult + "/RspnToAuthstn/Rspn"), response);
         EXPECT_TRUE(std::regex_match(valueAt(reply.body, kResult + "/AuthstnCd"), std::regex(R"(\d{6})")));
         EXPECT_EQ(valueAt(reply.body, kTx + "/TxDtls/TtlAmt"), amount);
-        EXPECT_NE(valueAt(reply.body, kTx + "/TxDtls/ICCRltdData").find(issuerTag), std::string::npos);
-    }
-}
-
-TEST_F(AuthorizeTest, AnswerEchoesTheSaleAndIssuesUniqueReceiptKeys) {
-    std::set<std::string> receipts;
-    for (const char* reference : {"AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA1", "BBBBBBBBBBBBBBBBBBBBBBBBBBBBBBB2"}) {
-        AuthorisationFields fields;
-        fields.reference = reference;
-        HttpReply reply = authorise(fields);
-        EXPECT_EQ(valueAt(reply.body, kTx + "/TxId/TxRef"), reference);
+        const std::string issuerData = valueAt(reply.body, kTx + "/TxDtls/ICCRltdData");
+        EXPECT_EQ(issuerData.rfind(std::string("9F2608A1B2C3D4E5F607188A02") + arc + "910A", 0), 0u) << issuerData;
+        EXPECT_EQ(valueAt(reply.body, kTx + "/TxId/TxRef"), fields.reference);
         EXPECT_TRUE(hasNode(reply.body, kTx + "/TxId/TxDtTm"));
         EXPECT_EQ(valueAt(reply.body, "/Document/AccptrAuthstnRspn/Hdr/MsgFctn"), "AUTP");
         EXPECT_EQ(valueAt(reply.body, "/Document/AccptrAuthstnRspn/AuthstnRspn/Envt/MrchntId/Id"), "12345678");
@@ -65,12 +63,8 @@ TEST_F(AuthorizeTest, AnswerEchoesTheSaleAndIssuesUniqueReceiptKeys) {
         EXPECT_GE(receipt.size(), 12u);
         EXPECT_LE(receipt.size(), 20u);
         receipts.insert(receipt);
-        // The card's cryptogram comes back first, for the receipt; tag 91 carries ten bytes.
-        const std::string issuerData = valueAt(reply.body, kTx + "/TxDtls/ICCRltdData");
-        EXPECT_EQ(issuerData.rfind("9F2608A1B2C3D4E5F60718", 0), 0u) << issuerData;
-        EXPECT_NE(issuerData.find("910A"), std::string::npos) << issuerData;
     }
-    EXPECT_EQ(receipts.size(), 2u);
+    EXPECT_EQ(receipts.size(), cases.size());
 
     AuthorisationFields stripe;
     stripe.entryMode = "MGST";
@@ -141,7 +135,6 @@ std::vector<BrokenRequest> brokenRequests() {
     };
     return {
         {"HeaderBeforeBody", with([](auto& f) { f.headerFirst = true; }), 400, {}},
-        {"BadLuhn", with([](auto& f) { f.pan = "4761739001010011"; }), 400, {}},
         {"WrongNamespace", replace(good, "urn:AcceptorAuthorisationRequestV02.1", "urn:AcceptorAuthorisationRequestV02"), 400, {}},
         {"NoNamespace", replace(good, " xmlns=\"urn:AcceptorAuthorisationRequestV02.1\"", ""), 400, {}},
         {"Prefixed", replace(replace(good, "<AccptrAuthstnReq>", "<a:AccptrAuthstnReq>"), "</AccptrAuthstnReq>",

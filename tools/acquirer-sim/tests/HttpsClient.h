@@ -28,9 +28,6 @@ public:
     HttpReply send(const std::string& method, const std::string& path, const std::string& body,
                    const std::vector<std::string>& headers, long timeoutMs = 10000);
 
-    // Requests go over one reused connection, as long as the server keeps it.
-    void setBaseUrl(std::string baseUrl) { baseUrl_ = std::move(baseUrl); }
-
 private:
     std::string baseUrl_;
     std::string caFile_;

@@ -1,5 +1,9 @@
 #include "Messages.h"
 
+#include "SimSession.h"
+
+#include <gtest/gtest.h>
+
 #include <stdexcept>
 
 std::string replace(std::string text, const std::string& from, const std::string& to) {
@@ -8,15 +12,6 @@ std::string replace(std::string text, const std::string& from, const std::string
         throw std::invalid_argument("\"" + from + "\" is not in the document");
     }
     return text.replace(at, from.size(), to);
-}
-
-std::string without(std::string text, const std::string& from, const std::string& through) {
-    size_t start = text.find(from);
-    size_t end = start == std::string::npos ? start : text.find(through, start);
-    if (end == std::string::npos) {
-        throw std::invalid_argument("\"" + from + "\" ... \"" + through + "\" is not in the document");
-    }
-    return text.erase(start, end + through.size() - start);
 }
 
 namespace {
@@ -131,4 +126,17 @@ nlohmann::json saleReceiptMail() {
           {"transaction_amount", "10,00"},
           {"display_aid_arqc", "true"},
           {"display_company_information", "true"}}}};
+}
+
+CancellationFields authorised(HttpsClient& client, const std::string& amount) {
+    AuthorisationFields sale;
+    sale.amount = amount;
+    HttpReply reply = client.postXml("/Authorize", authorisationRequest(sale));
+    CancellationFields advice;
+    advice.receiptId = valueAt(reply.body, "/Document/AccptrAuthstnRspn/AuthstnRspn/Tx/RcptTxId");
+    EXPECT_FALSE(advice.receiptId.empty()) << reply.body;
+    advice.amount = amount;
+    advice.reference = sale.reference;
+    advice.initiatorId = sale.initiatorId;
+    return advice;
 }

@@ -29,16 +29,16 @@ struct CancellationFields {
     std::string reference = "0123456789ABCDEF0123456789ABCDEF";
 };
 
+class HttpsClient;
+
 std::string authorisationRequest(const AuthorisationFields& fields);
 std::string cancellationAdvice(const CancellationFields& fields);
 std::string statusReportForKovraCode(const std::string& kovraCode);
 std::string statusReportForSaleKey(const std::string& saleAffiliationKey);
 nlohmann::json saleReceiptMail();
+// Authorises a sale of `amount` and returns the advice that would cancel it.
+CancellationFields authorised(HttpsClient& client, const std::string& amount = "1000");
 
 // `text` with the first occurrence of `from` replaced; throws when absent,
 // so a test never checks an unbroken document by mistake.
 std::string replace(std::string text, const std::string& from, const std::string& to);
-
-// `text` without the span from the first `from` through the first `through`
-// after it; throws when either is absent.
-std::string without(std::string text, const std::string& from, const std::string& through);

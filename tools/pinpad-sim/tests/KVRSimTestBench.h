@@ -27,7 +27,6 @@ public:
     std::unique_ptr<KVRSimTestClient> connect() const { return std::make_unique<KVRSimTestClient>(endpoint_); }
     const std::string& endpoint() const { return endpoint_; }
     KVRProcess& process() { return *process_; }
-    const KVRTempDirectory& directory() const { return directory_; }
     /// What the emulator wrote to standard error.
     std::string errors() const { return process_->errors(); }
     /// Loads one AID and one CAPK record with the library's stamp.

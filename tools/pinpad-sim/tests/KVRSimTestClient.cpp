@@ -46,25 +46,21 @@ void KVRSimTestClient::send(std::string_view bytes) {
     }
 }
 
-std::string KVRSimTestClient::readChunk(std::chrono::milliseconds patience) {
+bool KVRSimTestClient::readable(std::chrono::milliseconds patience) const {
     pollfd descriptor{fd_, POLLIN, 0};
-    if (poll(&descriptor, 1, static_cast<int>(patience.count())) <= 0) {
-        return {};
-    }
+    return poll(&descriptor, 1, static_cast<int>(patience.count())) > 0;
+}
+
+std::string KVRSimTestClient::readChunk(std::chrono::milliseconds patience) {
+    if (!readable(patience)) return {};
     char buffer[4096];
     ssize_t count = read(fd_, buffer, sizeof buffer);
     return count > 0 ? std::string(buffer, static_cast<size_t>(count)) : std::string();
 }
 
 std::optional<char> KVRSimTestClient::readByte(std::chrono::milliseconds patience) {
-    pollfd descriptor{fd_, POLLIN, 0};
-    if (poll(&descriptor, 1, static_cast<int>(patience.count())) <= 0) {
-        return std::nullopt;
-    }
     char byte;
-    if (read(fd_, &byte, 1) != 1) {
-        return std::nullopt;
-    }
+    if (!readable(patience) || read(fd_, &byte, 1) != 1) return std::nullopt;
     return byte;
 }
 
@@ -111,10 +107,6 @@ std::string KVRSimTestClient::exchange(std::string_view text) {
 }
 
 bool KVRSimTestClient::seesHangUp() {
-    pollfd descriptor{fd_, POLLIN, 0};
-    if (poll(&descriptor, 1, static_cast<int>(kPatience.count())) <= 0) {
-        return false;
-    }
     char byte;
-    return read(fd_, &byte, 1) <= 0;
+    return readable(kPatience) && read(fd_, &byte, 1) <= 0;
 }

@@ -40,6 +40,7 @@ public:
 
 private:
     char requireByte();
+    bool readable(std::chrono::milliseconds patience) const;
 
     int fd_ = -1;
 };

@@ -11,7 +11,6 @@
 
 #include <fstream>
 #include <ostream>
-#include <sstream>
 
 namespace {
 
@@ -118,20 +117,13 @@ INSTANTIATE_TEST_SUITE_P(
                                      "NUL byte in an XML property list"}),
     [](const auto& info) { return info.param.name; });
 
-std::string contents(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 TEST(KovraCliConfigTest, InitWritesTheCommentedTemplateOnceAndTheLibraryReadsIt) {
     KVRTempDirectory directory;
     std::string file = directory.file("Info.plist");
     auto written = runKovra({"config", "init", file});
     ASSERT_EQ(written.exitCode, 0) << written.err;
-    std::string text = contents(file);
-    EXPECT_EQ(text, contents(KOVRA_TEST_DATA_DIR "/../../examples/Info.plist"));
+    std::string text = fileText(file);
+    EXPECT_EQ(text, fileText(KOVRA_TEST_DATA_DIR "/../../examples/Info.plist"));
     EXPECT_EQ(runKovra({"config", "init"}).out, text);
 
     ASSERT_TRUE(KVRApplicationInfo::loadFromPlistFile(file));
@@ -142,7 +134,7 @@ TEST(KovraCliConfigTest, InitWritesTheCommentedTemplateOnceAndTheLibraryReadsIt)
     auto again = runKovra({"config", "init", file});
     EXPECT_EQ(again.exitCode, 2);
     EXPECT_EQ(again.err, "kovra: " + file + " exists; it is left as it is\n");
-    EXPECT_EQ(contents(file), text + "<!-- edited -->\n");
+    EXPECT_EQ(fileText(file), text + "<!-- edited -->\n");
 }
 
 }  // namespace
