@@ -6,7 +6,6 @@
 #include "Pinpad/Commands/KVRDspCommandRequest.h"
 #include "Pinpad/Commands/KVRFncCommandRequest.h"
 #include "Pinpad/Commands/KVRGocCommandRequest.h"
-#include "Pinpad/Commands/KVRGpnCommandRequest.h"
 #include "Pinpad/Commands/KVRTlrCommandRequest.h"
 
 #include <memory>
@@ -97,15 +96,6 @@ TEST(KVRCommandRequest, FinishCarriesTheHostAnswer) {
 
     fnc.authorizationResponseCode = "5";
     EXPECT_THROW(textOf(fnc), KVRException);
-}
-
-TEST(KVRCommandRequest, PinEntryCarriesTheWorkingKeyForMethodZero) {
-    // Method 3 (the controller's) is asserted with the controller's requests.
-    KVRGpnCommandRequest gpn;
-    gpn.method = 0;
-    gpn.keydix = 16;
-    gpn.wkenc = kNoKey;
-    EXPECT_EQ(textOf(gpn).substr(0, 41), "GPN093" "0" "16" + kNoKey);
 }
 
 }  // namespace
