@@ -52,7 +52,7 @@ std::string gcrReply(int status, const CardRead& card) {
                          digits(card.recidx, 2);
     fields += area(card.firstTrack, 2, 76);
     fields += area(card.secondTrack, 2, 37);
-    fields += area("", 3, 104);
+    fields += area(card.thirdTrack, 3, 104);
     fields += area(card.pan, 2, 19);
     fields += "00" + field(card.applicationLabel, 16) + field(card.serviceCode, 3) + field(card.cardHolderName, 26) +
               card.expiration + blanks(29) + "076" + "000" + card.acquirerData;

@@ -17,6 +17,7 @@ struct CardRead {
     int recidx = 1;
     std::string firstTrack;
     std::string secondTrack = "4761739001010010=28122011234567890123";
+    std::string thirdTrack;
     std::string pan = "4761739001010010";
     std::string applicationLabel = "VISA CREDITO";
     std::string serviceCode = "201";

@@ -7,6 +7,7 @@
 #include "Pinpad/Commands/KVRGcrCommandResponse.h"
 #include "Pinpad/Commands/KVRGocCommandResponse.h"
 #include "Pinpad/Commands/KVRGpnCommandResponse.h"
+#include "testing/KVRPinpadReplies.h"
 #include "testing/KVRTemporaryStore.h"
 #include "testing/KVRTestFixture.h"
 
@@ -20,7 +21,7 @@
 
 namespace {
 
-using kvrtest::GcrReply;
+using Card = KVRPinpadReplies::CardRead;
 
 const std::string kEmv = "9F260811223344556677889F2701809F360200129505000000800082025800";
 
@@ -56,16 +57,17 @@ protected:
         transaction->setInitiatorTransactionKey("5123456789-24100007A1B2108");
     }
 
-    static GcrReply chipCard(int appType = 1) {
-        GcrReply card;
-        card.appType = appType;
-        card.track2 = "4761739001010119=27122011143804489";
+    static Card chipCard(int appType = 1) {
+        Card card;
+        card.applicationType = appType;
+        card.secondTrack = "4761739001010119=27122011143804489";
+        card.expiration = "271231";
         return card;
     }
 
-    std::string write(const GcrReply& card, const std::optional<std::string>& gocText = std::nullopt,
+    std::string write(const Card& card, const std::optional<std::string>& gocText = std::nullopt,
                       const std::optional<std::string>& gpnText = std::nullopt) {
-        KVRGcrCommandResponse gcr(card.text().c_str());
+        KVRGcrCommandResponse gcr(KVRPinpadReplies::gcrReply(0, card).c_str());
         std::optional<KVRGocCommandResponse> goc;
         std::optional<KVRGpnCommandResponse> gpn;
         if (gocText) goc.emplace(gocText->c_str());
@@ -84,7 +86,7 @@ TEST_F(KVRHostRequestTest, ChipSaleWithOnLinePinIsTheExpectedDocument) {
     transaction->setShortName("Padaria Kovra");
     transaction->setInstalmentAmount(3);
     transaction->setInstalmentType(1);
-    std::string xml = write(chipCard(), kvrtest::gocReply("8A3C1F0B9D2E4F67", "FFFF9876543210E00001", kEmv));
+    std::string xml = write(chipCard(), KVRPinpadReplies::gocReply(0, 2, "8A3C1F0B9D2E4F67", "FFFF9876543210E00001", kEmv));
     EXPECT_EQ(xml, kvrtest::testData("authorisation-request-chip-online-pin.xml"));
 }
 
@@ -94,13 +96,13 @@ TEST_F(KVRHostRequestTest, StripeSaleWithAllZeroPinIsTheExpectedDocument) {
     transaction->setCapture(1);
     transaction->setAmount(KVRNumber(2599));
     transaction->setInitiatorTransactionKey("5123456789-24100008A1B2108");
-    GcrReply card;
+    Card card;
     card.cardType = 0;
-    card.appType = 0;
-    card.track1 = "B5162920000000010^SILVA/MARIA^25122011000000000000";
-    card.track2 = "5162920000000010=2512201100000000";
+    card.applicationType = 0;
+    card.firstTrack = "B5162920000000010^SILVA/MARIA^25122011000000000000";
+    card.secondTrack = "5162920000000010=2512201100000000";
     card.expiration = "000000";
-    std::string xml = write(card, std::nullopt, kvrtest::gpnReply(std::string(16, '0'), std::string(20, '0')));
+    std::string xml = write(card, std::nullopt, KVRPinpadReplies::gpnReply(0, std::string(16, '0'), std::string(20, '0')));
     EXPECT_EQ(xml, kvrtest::testData("authorisation-request-stripe-offline-pin.xml"));
 }
 
@@ -120,16 +122,16 @@ TEST_F(KVRHostRequestTest, CancellationOfAnApprovedSaleIsTheExpectedDocument) {
 }
 
 TEST_F(KVRHostRequestTest, PinEntryRepliesWinOverChipProcessing) {
-    std::string goc = kvrtest::gocReply("1111222233334444", "FFFF9876543210E00001", kEmv);
+    std::string goc = KVRPinpadReplies::gocReply(0, 2, "1111222233334444", "FFFF9876543210E00001", kEmv);
 
-    std::string both = write(chipCard(), goc, kvrtest::gpnReply("AAAABBBBCCCCDDDD", "EEEE0123456789A00002"));
+    std::string both = write(chipCard(), goc, KVRPinpadReplies::gpnReply(0, "AAAABBBBCCCCDDDD", "EEEE0123456789A00002"));
     EXPECT_EQ(between(both, "<NcrptdData>"), "AAAABBBBCCCCDDDD");
     EXPECT_EQ(between(both, "<DerivtnId>"), "EEEE012345");
     EXPECT_EQ(between(both, "<NcrptdKey>"), "6789A00002");
     EXPECT_EQ(between(both, "<ICCRltdData>"), kEmv) << "the chip data still comes from the chip processing";
 
     // An all-zero PIN entry replaces the chip processing's PIN too.
-    std::string zeros = write(chipCard(), goc, kvrtest::gpnReply(std::string(16, '0'), std::string(20, '0')));
+    std::string zeros = write(chipCard(), goc, KVRPinpadReplies::gpnReply(0, std::string(16, '0'), std::string(20, '0')));
     EXPECT_EQ(between(zeros, "<AuthntcnMtd>"), "FPIN");
     EXPECT_EQ(zeros.find("CrdhldrOnLinePIN"), std::string::npos);
 
@@ -139,13 +141,13 @@ TEST_F(KVRHostRequestTest, PinEntryRepliesWinOverChipProcessing) {
 }
 
 TEST_F(KVRHostRequestTest, OnlyNonEmptyTracksAreSentNumberedByOrigin) {
-    GcrReply card = chipCard();
-    card.track1 = "B4761739001010119^CLIENTE/TESTE^27122011000000000000";
-    card.track2 = "";
-    card.track3 = "0147617390010101190=000000000000000000000027120000000000000";
+    Card card = chipCard();
+    card.firstTrack = "B4761739001010119^CLIENTE/TESTE^27122011000000000000";
+    card.secondTrack = "";
+    card.thirdTrack = "0147617390010101190=000000000000000000000027120000000000000";
     std::string xml = write(card);
-    EXPECT_NE(xml.find("<TrckNb>1</TrckNb>\n\t\t\t\t\t\t\t<TrckVal>" + card.track1 + "</TrckVal>"), std::string::npos);
-    EXPECT_NE(xml.find("<TrckNb>3</TrckNb>\n\t\t\t\t\t\t\t<TrckVal>" + card.track3 + "</TrckVal>"), std::string::npos);
+    EXPECT_NE(xml.find("<TrckNb>1</TrckNb>\n\t\t\t\t\t\t\t<TrckVal>" + card.firstTrack + "</TrckVal>"), std::string::npos);
+    EXPECT_NE(xml.find("<TrckNb>3</TrckNb>\n\t\t\t\t\t\t\t<TrckVal>" + card.thirdTrack + "</TrckVal>"), std::string::npos);
     EXPECT_EQ(xml.find("<TrckNb>2</TrckNb>"), std::string::npos);
     EXPECT_EQ(between(xml, "<PAN>"), "") << "no second track, no PAN";
 }

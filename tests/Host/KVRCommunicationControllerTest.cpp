@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Host/KVRCommunicationController.h"
+#include "testing/KVRLoopbackPort.h"
 #include "testing/KVRTempDirectory.h"
 #include "testing/KVRTestCertificates.h"
 #include "testing/KVRTestFixture.h"
@@ -8,10 +9,6 @@
 #include <kovra/KVRApplicationInfo.h>
 
 #include <httplib.h>
-
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <condition_variable>
 #include <map>
@@ -97,30 +94,10 @@ auto onOwnThread(F work) {
     return result;
 }
 
-// A loopback port where nobody listens. The socket stays bound (and never
-// listens) while the test runs: a port that was merely free a moment ago may
-// be taken by another program's server before the test connects to it.
-class RefusingLoopbackPort {
-public:
-    RefusingLoopbackPort() : fd_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        bind(fd_, reinterpret_cast<sockaddr*>(&address), sizeof(address));
-        socklen_t length = sizeof(address);
-        getsockname(fd_, reinterpret_cast<sockaddr*>(&address), &length);
-        port_ = ntohs(address.sin_port);
-    }
-    ~RefusingLoopbackPort() { close(fd_); }
-    RefusingLoopbackPort(const RefusingLoopbackPort&) = delete;
-    RefusingLoopbackPort& operator=(const RefusingLoopbackPort&) = delete;
-
-    std::string url(const std::string& path) const { return "https://127.0.0.1:" + std::to_string(port_) + path; }
-
-private:
-    int fd_;
-    int port_ = 0;
-};
+// A bound loopback port where nobody listens: connections are refused.
+std::string refusingUrl(const KVRLoopbackPort& port, const std::string& path) {
+    return "https://" + port.hostAndPort() + path;
+}
 
 struct Exchange {
     std::optional<std::string> reply;
@@ -229,21 +206,26 @@ TEST_F(KVRCommunicationControllerTest, TimeOutIsReportedAsTimedOut) {
 TEST_F(KVRCommunicationControllerTest, TransportFailuresMapToUrlLoadingCodes) {
     LocalHttpsServer impostor(*stranger_);  // a certificate our CA never signed
     impostor.replyToEveryPost(200, "should not be read");
-    RefusingLoopbackPort closedPort;
-    std::string refused = closedPort.url("/Authorize");
+    LocalHttpsServer pinned(*trusted_);  // trusted, but its key is not the pinned one
+    pinned.replyToEveryPost(200, "pinned");
+    KVRLoopbackPort closedPort;
+    std::string refused = refusingUrl(closedPort, "/Authorize");
 
     struct Case {
         const char* name;
         std::string url;
         long code;
+        std::string pins;
     };
     const Case cases[] = {
-        {"nobody listening", refused, NSURLErrorCannotConnectToHost},
-        {"untrusted certificate", impostor.url("/Authorize"), NSURLErrorSecureConnectionFailed},
-        {"plain http", "http://127.0.0.1:1/Authorize", NSURLErrorUnsupportedURL},
+        {"nobody listening", refused, NSURLErrorCannotConnectToHost, ""},
+        {"untrusted certificate", impostor.url("/Authorize"), NSURLErrorSecureConnectionFailed, ""},
+        {"plain http", "http://127.0.0.1:1/Authorize", NSURLErrorUnsupportedURL, ""},
+        {"pinned key mismatch", pinned.url("/Report"), NSURLErrorSecureConnectionFailed, stranger_->publicKeyPin},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
+        KVRApplicationInfo::setValue("Kovra Pinned Public Keys", c.pins);
         Exchange e = postXml("<A/>", c.url);
         EXPECT_FALSE(e.reply);
         ASSERT_TRUE(e.error);
@@ -253,20 +235,12 @@ TEST_F(KVRCommunicationControllerTest, TransportFailuresMapToUrlLoadingCodes) {
         EXPECT_FALSE(e.error->localizedDescription().empty());
     }
     EXPECT_TRUE(impostor.requests().empty());
+    EXPECT_TRUE(pinned.requests().empty());
+    // One of several pinned keys is enough.
+    KVRApplicationInfo::setValue("Kovra Pinned Public Keys", stranger_->publicKeyPin + ";" + trusted_->publicKeyPin);
+    EXPECT_EQ(postXml("<A/>", pinned.url("/Report")).reply, "pinned");
     // Without an error to fill, a transport failure reads as an empty reply.
     EXPECT_EQ(onOwnThread([&] { return KVRCommunicationController::postXml("<A/>", refused); }), "");
-}
-
-TEST_F(KVRCommunicationControllerTest, PinnedKeysMustMatch) {
-    LocalHttpsServer server(*trusted_);
-    server.replyToEveryPost(200, "pinned");
-    KVRApplicationInfo::setValue("Kovra Pinned Public Keys", stranger_->publicKeyPin + ";" + trusted_->publicKeyPin);
-    EXPECT_EQ(postXml("<A/>", server.url("/Report")).reply, "pinned");
-    KVRApplicationInfo::setValue("Kovra Pinned Public Keys", stranger_->publicKeyPin);
-    Exchange e = postXml("<A/>", server.url("/Report"));
-    EXPECT_FALSE(e.reply);
-    ASSERT_TRUE(e.error);
-    EXPECT_EQ(e.error->code(), NSURLErrorSecureConnectionFailed);
 }
 
 TEST_F(KVRCommunicationControllerTest, RepliesAboveSixteenMebibytesAreRefused) {
@@ -313,13 +287,13 @@ TEST_F(KVRCommunicationControllerTest, JsonIsPostedWithJsonHeadersAndRepliesThat
         res.set_content("<html>Bad gateway</html>", "text/html");
     });
     server.start();
-    RefusingLoopbackPort closedPort;
+    KVRLoopbackPort closedPort;
     const std::string body = "{\"template\":\"default\",\"body_parameters\":{\"body_message\":\"olá\"}}";
     auto results = onOwnThread([&] {
         std::optional<KVRError> sentError, notJsonError, refusedError;
         auto sent = KVRCommunicationController::postJSON(body, server.url("/send"), &sentError);
         auto notJson = KVRCommunicationController::postJSON("{}", server.url("/html"), &notJsonError);
-        auto refused = KVRCommunicationController::postJSON("{}", closedPort.url("/send"), &refusedError);
+        auto refused = KVRCommunicationController::postJSON("{}", refusingUrl(closedPort, "/send"), &refusedError);
         return std::make_tuple(sent, sentError, notJson, notJsonError, refused, refusedError);
     });
     auto [sent, sentError, notJson, notJsonError, refused, refusedError] = results;

@@ -2,8 +2,6 @@
 
 #include "Host/KVRDataCoding.h"
 
-#include <zlib.h>
-
 #include <random>
 #include <string>
 
@@ -38,7 +36,7 @@ TEST(KVRDataCoding, Base64BothWaysWithLinesAndLenientWhiteSpaceButNothingNoEncod
     }
 }
 
-TEST(KVRDataCoding, GzipRoundTripsAndInflateReadsTheZlibWrapperToo) {
+TEST(KVRDataCoding, GzipRoundTrips) {
     std::mt19937 random(11);
     std::string noise(100000, '\0');
     for (auto& c : noise) c = static_cast<char>(random());
@@ -50,16 +48,6 @@ TEST(KVRDataCoding, GzipRoundTripsAndInflateReadsTheZlibWrapperToo) {
     }
     EXPECT_EQ(KVRDataCoding::gzipDeflate(""), "");
     EXPECT_EQ(KVRDataCoding::gzipInflate(""), "");
-
-    std::string input(5000, 'z');
-    uLongf length = compressBound(input.size());
-    std::string packed(length, '\0');
-    ASSERT_EQ(compress(reinterpret_cast<Bytef*>(packed.data()), &length, reinterpret_cast<const Bytef*>(input.data()),
-                       input.size()),
-              Z_OK);
-    packed.resize(length);
-    EXPECT_FALSE(KVRDataCoding::isGzip(packed));
-    EXPECT_EQ(KVRDataCoding::gzipInflate(packed), input);
 }
 
 TEST(KVRDataCoding, InflateRefusesTruncatedCorruptAndOversizedData) {

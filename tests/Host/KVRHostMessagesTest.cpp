@@ -5,8 +5,6 @@
 #include "Host/Messages/KVRHeader.h"
 #include "Host/Messages/KVRHostAddress.h"
 
-#include <kovra/KVRException.h>
-
 namespace {
 
 TEST(KVRHeader, FullHeaderWritesEveryChildInOrderAndReadsBack) {
@@ -39,7 +37,6 @@ TEST(KVRHeader, FullHeaderWritesEveryChildInOrderAndReadsBack) {
               "\n\t\t<TracDtTmOut>T2</TracDtTmOut>\n\t</Tracblt>"
               "\n</Hdr>");
 
-
     // What is read back writes the same text again.
     TBXML xml(w.toString());
     KVRHeader read;
@@ -47,29 +44,6 @@ TEST(KVRHeader, FullHeaderWritesEveryChildInOrderAndReadsBack) {
     XMLWriter again;
     read.write(again);
     EXPECT_EQ(again.toString(), w.toString());
-}
-
-TEST(KVRHeader, ReadingIsLenientAndWritingStrict) {
-    TBXML xml("<Hdr><Unknown>1</Unknown><msgfctn>CCAV</msgfctn><MsgFctn>RJCT</MsgFctn>"
-              "<InitgPty><Tp>acqr</Tp><Issr>ITAG</Issr></InitgPty></Hdr>");
-    KVRHeader header;
-    header.messageFunction = KVRMessageFunctionCCAK;
-    header.read(xml.rootXMLElement()->firstChild);
-    EXPECT_EQ(header.messageFunction, KVRMessageFunctionAUTQ);
-    EXPECT_EQ(header.protocolVersion, std::nullopt);
-    EXPECT_FALSE(header.recipientParty);
-    ASSERT_TRUE(header.initiatingParty);
-    EXPECT_EQ(header.initiatingParty->initiatingPartyType, KVRInitiatingPartyOPOI);
-    EXPECT_EQ(header.initiatingParty->initiatingPartyIssuer, KVRInitiatingPartyITAG);
-
-    KVRHeader untouched;
-    untouched.read(nullptr);
-    EXPECT_FALSE(untouched.initiatingParty);
-
-    // A code outside the set abandons the message rather than send a wrong one.
-    untouched.messageFunction = static_cast<KVRMessageFunction>(21);
-    XMLWriter w;
-    EXPECT_THROW(untouched.write(w), KVRException);
 }
 
 TEST(KVRHostAddress, WritesInsideAnUnnamedElementAndReadsTheTextsButNotThePorts) {

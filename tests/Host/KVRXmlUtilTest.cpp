@@ -2,15 +2,11 @@
 
 #include "Host/KVRServiceEndpoint.h"
 #include "Host/KVRXmlUtil.h"
-#include "testing/KVRTempDirectory.h"
 #include "testing/KVRTestEnvironment.h"
 #include "testing/KVRTestFixture.h"
 
 #include <kovra/KVRApplicationInfo.h>
-#include <kovra/KVRDirectories.h>
 
-#include <fstream>
-#include <sstream>
 #include <vector>
 
 namespace {
@@ -31,18 +27,6 @@ TEST(KVRXmlUtil, GetBlockFromXml) {
     for (const auto& c : cases) EXPECT_EQ(KVRXmlUtil::getBlockFromXml(c.text, "<X>", "</X>"), c.block) << c.text;
     // The end marker is looked for after the start marker, not inside it.
     EXPECT_EQ(KVRXmlUtil::getBlockFromXml("<AB>x</A>", "<AB>", "AB>"), "<AB>x</A>");
-}
-
-TEST(KVRXmlUtil, SavesUnderTheDocumentsDirectory) {
-    KVRTempDirectory dir;
-    KVRDirectories::setDocumentsDirectory(dir.path());
-    EXPECT_EQ(KVRXmlUtil::getXmlPathWithFileName("report"), dir.path() + "/report.xml");
-    KVRXmlUtil::saveXmlString("<A>ç</A>", "report");
-    KVRXmlUtil::saveXmlString("<B/>", "report");
-    std::ifstream in(dir.path() + "/report.xml", std::ios::binary);
-    std::stringstream contents;
-    contents << in.rdbuf();
-    EXPECT_EQ(contents.str(), "<B/>");
 }
 
 class KVRServiceEndpointTest : public KVRTestFixture {};

@@ -200,25 +200,9 @@ TEST_F(DataBaseControllerTest, AFileThatIsNotADatabaseOrLacksColumnsIsLeftAloneA
     EXPECT_FALSE(std::filesystem::exists(legacyPath()));
 }
 
-TEST_F(DataBaseControllerTest, MigrationRunsOnlyWhileTheStoreHasNoTransactions) {
-    {
-        LegacyDatabase legacy(legacyPath());
-        legacy.insert(approvedCredit());
-    }
-    KVRMerchantModel::create()->save();
-    auto earlier = KVRTransactionModel::create();
-    earlier->setReference(std::string("REF-0"));
-    earlier->save();
-    controller().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);
-    EXPECT_EQ(KVRTransactionModel::findAll().size(), 1u);
-
-    earlier->deleteRecord();
-    controller().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);
-    ASSERT_EQ(KVRTransactionModel::findAll().size(), 1u);
-    EXPECT_EQ(KVRTransactionModel::findAll().front()->reference(), "REF-1");
-}
-
-TEST_F(DataBaseControllerTest, WithoutAMerchantNothingIsMigratedUnlessOneCanBeEnrolled) {
+// Rows are copied only into a store without transactions, for a merchant
+// that is stored or can be enrolled.
+TEST_F(DataBaseControllerTest, MigrationNeedsAMerchantAndAStoreWithoutTransactions) {
     {
         LegacyDatabase legacy(legacyPath());
         legacy.insert(approvedCredit());
@@ -238,6 +222,18 @@ TEST_F(DataBaseControllerTest, WithoutAMerchantNothingIsMigratedUnlessOneCanBeEn
     EXPECT_EQ(exchanges_, 0) << "no network: enrolment fails before any exchange";
     EXPECT_TRUE(KVRTransactionModel::findAll().empty());
     EXPECT_TRUE(KVRMerchantModel::findAll().empty());
+
+    KVRMerchantModel::create()->save();
+    auto earlier = KVRTransactionModel::create();
+    earlier->setReference(std::string("REF-0"));
+    earlier->save();
+    controller().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);
+    EXPECT_EQ(KVRTransactionModel::findAll().size(), 1u);
+
+    earlier->deleteRecord();
+    controller().migrateDatabase(KVRKovraCodeActivationProvider::activateKovraCode);
+    ASSERT_EQ(KVRTransactionModel::findAll().size(), 1u);
+    EXPECT_EQ(KVRTransactionModel::findAll().front()->reference(), "REF-1");
 }
 
 TEST_F(DataBaseControllerTest, TheMerchantOfRegisterPlistIsEnrolledAndThenGetsTheRows) {

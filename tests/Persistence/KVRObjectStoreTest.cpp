@@ -40,10 +40,6 @@ TEST_F(KVRObjectStoreTest, AnEmptyStoreIsMadeOnFirstUseWithWalJournal) {
     KVRStoreFileInspector file(store.storePath());
     EXPECT_EQ(file.text("PRAGMA journal_mode"), "wal");
     EXPECT_EQ(file.number("PRAGMA user_version"), 2);
-    for (const char* table : {"KVRMerchantModel", "KVRAddressModel", "KVRPinpadModel", "KVRTmsTableModel",
-                              "KVRTransactionModel", "KVRJournal"}) {
-        EXPECT_EQ(file.count(table), 0) << table;
-    }
     namespace fs = std::filesystem;
     EXPECT_EQ(fs::status(store.storeDirectory()).permissions(), fs::perms::owner_all);
     for (const char* suffix : {"", "-wal", "-shm"})
@@ -88,8 +84,11 @@ TEST_F(KVRObjectStoreTest, FindsReturnTheOneLiveObjectOfARowWithItsUnsavedChange
     auto d = makeTransaction("D", 5);
     EXPECT_EQ(KVRTransactionModel::findAllByAttribute("rawStatus", KVRNumber(5)), (KVRTransactionModel::List{b, d}));
     EXPECT_EQ(KVRTransactionModel::findAllByAttribute("rawStatus", KVRNumber(2)), (KVRTransactionModel::List{a, c}));
+    EXPECT_EQ(KVRTransactionModel::countAll(), 4);  // pending records count at once
     a->deleteRecord();
     EXPECT_EQ(KVRTransactionModel::findAll(), (KVRTransactionModel::List{b, c, d}));
+    store.reopen();
+    EXPECT_EQ(KVRTransactionModel::countAll(), 3);  // the delete wrote the pending ones
 }
 
 TEST_F(KVRObjectStoreTest, SavedValuesReadBackUnchanged) {
@@ -158,21 +157,6 @@ TEST_F(KVRObjectStoreTest, DeleteRemovesFromFindsAndDisk) {
     EXPECT_EQ(kept->reference(), "AGAIN");
 }
 
-TEST_F(KVRObjectStoreTest, CountsAgreeWithFinds) {
-    auto first = makeTransaction("ONE");
-    makeTransaction("TWO");
-    EXPECT_EQ(KVRTransactionModel::countAll(), 2);  // pending records count at once
-    first->save();
-    KVRAddress::create();
-    KVRAddressModel::create()->save();
-    EXPECT_EQ(KVRAddressModel::countAll(), 2);  // a specialised record counts for its base
-    EXPECT_EQ(KVRAddress::countAll(), 1);
-    first->deleteRecord();
-    store.reopen();
-    EXPECT_EQ(KVRTransactionModel::countAll(), 1);
-    EXPECT_EQ(KVRAddressModel::countAll(), static_cast<long long>(KVRAddressModel::findAll().size()));
-}
-
 TEST_F(KVRObjectStoreTest, MerchantAndTransactionsAreNavigableBothWaysAndDeletingTheMerchantUnlinksThem) {
     auto merchant = KVRMerchantModel::create();
     auto other = KVRMerchantModel::create();
@@ -236,6 +220,8 @@ TEST_F(KVRObjectStoreTest, AddressesMadeAsKVRAddressComeBackAsKVRAddress) {
     ASSERT_NE(std::dynamic_pointer_cast<KVRAddress>(address), nullptr);
     EXPECT_EQ(address->street(), "Rua Augusta");
     EXPECT_EQ(KVRAddressModel::findAll().size(), 2u);
+    EXPECT_EQ(KVRAddressModel::countAll(), 2);  // a specialised record counts for its base
+    EXPECT_EQ(KVRAddress::countAll(), 1);
     ASSERT_EQ(KVRAddress::findAll().size(), 1u);
     EXPECT_EQ(KVRAddress::findAll().front(), address);
     EXPECT_EQ(KVRAddress::findFirstByAttribute("street", "Plain"), nullptr);

@@ -6,7 +6,6 @@
 #include "Pinpad/Commands/KVRDspCommandRequest.h"
 #include "Pinpad/Commands/KVRFncCommandRequest.h"
 #include "Pinpad/Commands/KVRGocCommandRequest.h"
-#include "Pinpad/Commands/KVRGpnCommandRequest.h"
 #include "Pinpad/Commands/KVRTlrCommandRequest.h"
 
 #include <memory>
@@ -62,17 +61,18 @@ TEST(KVRCommandRequest, ChipProcessingCarriesAcquirerDataByIndex) {
     goc.acqpr = "ABC";
     goc.acrprTransactionType = 7;
     goc.acqprBool = true;
+    goc.tags2 = kTags;  // a tag list counts its bytes, not its hex digits
     std::string text = textOf(goc);
     EXPECT_EQ(text.substr(3, 3), "089");
     EXPECT_EQ(text.substr(6 + 83, 6), "003ABC");
-    EXPECT_EQ(text.substr(text.size() - 15), "003000003000071");
+    EXPECT_EQ(text.substr(text.size() - 67), "003000" "055" "026" + kTags + "071");
 
     goc.acqidx = 2;
     goc.acqpr = std::string(26, 'P');
     goc.acqprPin = std::string(32, 'K');
     text = textOf(goc);
     EXPECT_EQ(text.substr(3, 3), "112");
-    EXPECT_EQ(text.substr(text.size() - 44), "003000003000" + std::string(32, 'K'));
+    EXPECT_EQ(text.substr(text.size() - 84), kTags + std::string(32, 'K'));
 
     goc.acqidx = 8;  // this library's index carries no acquirer data
     EXPECT_THROW(textOf(goc), KVRException);
@@ -97,15 +97,6 @@ TEST(KVRCommandRequest, FinishCarriesTheHostAnswer) {
 
     fnc.authorizationResponseCode = "5";
     EXPECT_THROW(textOf(fnc), KVRException);
-}
-
-TEST(KVRCommandRequest, PinEntryCarriesTheWorkingKeyForMethodZero) {
-    // Method 3 (the controller's) is asserted with the controller's requests.
-    KVRGpnCommandRequest gpn;
-    gpn.method = 0;
-    gpn.keydix = 16;
-    gpn.wkenc = kNoKey;
-    EXPECT_EQ(textOf(gpn).substr(0, 41), "GPN093" "0" "16" + kNoKey);
 }
 
 }  // namespace
