@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "Host/Messages/KVRAuthorisationRequestData.h"
 #include "Host/Messages/KVRAcceptorCancellationAdviceBuilder.h"
 #include "Host/Messages/KVRAuthorisationRequestFactory.h"
 #include "Host/XMLWriter.h"
@@ -229,6 +230,42 @@ TEST(KVRAuthorisationRequestFactory, PinIsOnLineWhenBlockOrKeySerialHoldsMoreTha
     std::string xml = written([&](XMLWriter& w) { block->write(w); });
     EXPECT_EQ(xml.find("<NcrptdKey>"), std::string::npos);
     EXPECT_NE(xml.find("<KEKId />"), std::string::npos);
+}
+
+// Children the factory never fills are still written, each in its place.
+TEST(KVRAuthorisationRequestElements, ChildrenTheFactoryLeavesOutAreWrittenInTheirPlaces) {
+    KVRCardholderIdentificationData cardholder;
+    cardholder.cardholderIdentification = "12345678900";
+    cardholder.cardholderIdentificationType = KVRCardholderIdentificationDRLC;
+    KVRPlainCardData card;
+    card.cardSequenceNumber = "01";
+    card.cardSecurityCode = std::make_shared<KVRCardSecurityCodeData>();
+    card.cardSecurityCode->cardSecurityCodeValue = "123";
+    KVRTransactionDetailsData details;
+    details.currency = 986;
+    details.product = std::make_shared<KVRProductData>();
+    details.product->productCode = "P1";
+    details.product->productQuantity = 2;
+    KVRTransactionDataRequest tx;
+    tx.merchantCategoryCode = "5812";
+    tx.additionalTransactionData = "";
+    KVRContextData context;
+    context.saleContext = std::make_shared<KVRSaleContextData>();
+    context.saleContext->saleReferenceNumber = "R9";
+    EXPECT_EQ(written([&](XMLWriter& w) {
+                  cardholder.write(w);
+                  card.write(w);
+                  details.write(w);
+                  tx.write(w);
+                  context.write(w);
+              }),
+              "\n<Crdhldr>\n\t<CrdhldrIdVal>12345678900</CrdhldrIdVal>\n\t<CrdhldrIdTp>DRLC</CrdhldrIdTp>\n</Crdhldr>"
+              "\n<PlainCardData>\n\t<CardSeqNb>01</CardSeqNb>\n\t<CardSctyCd>\n\t\t<CSCVal>123</CSCVal>\n\t</CardSctyCd>"
+              "\n</PlainCardData>"
+              "\n<TxDtls>\n\t<Ccy>986</Ccy>\n\t<AcctTp>DFLT</AcctTp>\n\t<Pdct>\n\t\t<PdctCd>P1</PdctCd>"
+              "\n\t\t<PdctQty>2</PdctQty>\n\t\t<UnitPric>0</UnitPric>\n\t\t<PdctAmt>0</PdctAmt>\n\t</Pdct>\n</TxDtls>"
+              "\n<Tx>\n\t<TxCaptr>false</TxCaptr>\n\t<MrchntCtgyCd>5812</MrchntCtgyCd>\n\t<AddtlTxData></AddtlTxData>\n</Tx>"
+              "\n<Cntxt>\n\t<SaleRefNb>R9</SaleRefNb>\n</Cntxt>");
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <kovra/KVRDirectories.h>
+#include "testing/KVRTempDirectory.h"
 #include "Host/KVRServiceEndpoint.h"
 #include "Host/KVRXmlUtil.h"
 #include "testing/KVRTestEnvironment.h"
@@ -58,6 +60,15 @@ TEST_F(KVRServiceEndpointTest, HomologationSelectsStagingOnEveryCallAndHostsHave
     EXPECT_FALSE(E::isHolomogation());
     EXPECT_EQ(urls(), (std::vector<std::string>{"https://tms.example/Report", "https://auth.example/Authorize",
                                                 "https://auth.example/CancellationAdvice", "https://mail.example/send"}));
+}
+
+TEST(KVRXmlUtil, SavesWholeUnderTheDocumentsDirectory) {
+    KVRTempDirectory dir;
+    KVRDirectories::setDocumentsDirectory(dir.path());
+    EXPECT_EQ(KVRXmlUtil::getXmlPathWithFileName("report"), dir.path() + "/report.xml");
+    KVRXmlUtil::saveXmlString("<A>ç</A>", "report");
+    KVRXmlUtil::saveXmlString("<B/>", "report");
+    EXPECT_EQ(dir.read("report.xml"), "<B/>");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <kovra/KVRException.h>
 
+#include "Pinpad/Commands/KVRPrtCommandRequest.h"
 #include "Pinpad/Commands/KVRCloCommandRequest.h"
 #include "Pinpad/Commands/KVRDspCommandRequest.h"
 #include "Pinpad/Commands/KVRFncCommandRequest.h"
@@ -97,6 +98,29 @@ TEST(KVRCommandRequest, FinishCarriesTheHostAnswer) {
 
     fnc.authorizationResponseCode = "5";
     EXPECT_THROW(textOf(fnc), KVRException);
+}
+
+// The library never prints, but the command must still be right if it does.
+TEST(KVRCommandRequest, PrintLayoutFollowsTheAction) {
+    KVRPrtCommandRequest prt;
+    prt.size = 1;
+    prt.alignment = 2;
+    prt.message = "ABCDEF";
+    EXPECT_EQ(textOf(prt), "PRT006012ABC");
+    prt.printAction = 1;
+    prt.horizontal = 12;
+    EXPECT_EQ(textOf(prt), "PRT00510012");
+    prt.printAction = 2;
+    prt.steps = 3;
+    EXPECT_EQ(textOf(prt), "PRT00520003");
+    prt.printAction = 9;
+    try {
+        textOf(prt);
+        FAIL() << "an unknown action must raise";
+    } catch (const KVRException& e) {
+        EXPECT_EQ(e.name(), "Erro !!");
+        EXPECT_EQ(e.reason(), "Erro na implementação !!!");
+    }
 }
 
 }  // namespace

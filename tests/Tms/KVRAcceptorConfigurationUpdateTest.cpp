@@ -3,6 +3,10 @@
 #include <kovra/KVRAddress.h>
 #include <kovra/KVRTmsTableModel.h>
 
+#include "Tms/KVRCardBrand.h"
+#include "Tms/KVRBinRange.h"
+#include "Tms/KVRAddressElement.h"
+#include "Host/XMLWriter.h"
 #include "Host/TBXML.h"
 #include "Tms/KVRAcceptorConfigurationUpdate.h"
 #include "testing/KVRTemporaryStore.h"
@@ -117,6 +121,42 @@ TEST(KVRTerminalParameter, TableChildrenDoNotFailOnAnEmptyStoreAndCreateNoTables
     parameters.read(xml.rootXMLElement()->firstChild);
     ASSERT_EQ(parameters.tableAID->Aids.size(), 1u);
     EXPECT_EQ(parameters.tableAID->Aids[0]->ApplicationId, "A0000000041010");
+}
+
+// Elements the library writes but never reads from a reply.
+TEST(KVRTmsWriters, AddressBinRangeAndCardBrandElements) {
+    KVRTemporaryStore store;
+    auto address = KVRAddress::create();
+    address->setStreet("Av. Paulista");
+    address->setDoorNumber("1000");
+    address->setCity("São Paulo");
+    XMLWriter writer;
+    KVRAddressElement::write(*address, writer);
+    KVRBinRange range;
+    range.minRange = 411111;
+    range.maxRange = 411199;
+    range.tefBrandId = 3;
+    range.dataSetVersion = "9";
+    range.write(writer);
+    KVRCardBrand brand;
+    brand.identification = 3;
+    brand.brandDescription = "VISA <Crédito>";
+    brand.brandType = 1;
+    brand.write(writer);
+    EXPECT_EQ(writer.toString(),
+              "\n<Adr>\n\t<City>São Paulo</City>\n\t<Strt>Av. Paulista</Strt>\n\t<DrNb>1000</DrNb>\n</Adr>"
+              "\n<BinRng>\n\t<MaxRange>411199</MaxRange>\n\t<MinRange>411111</MinRange>\n\t<TefBrandId>3</TefBrandId>"
+              "\n</BinRng>"
+              "\n<CrdBrdTbl>\n\t<Id>3</Id>\n\t<Description>VISA &lt;Crédito&gt;</Description>\n\t<BrandType>1</BrandType>"
+              "\n</CrdBrdTbl>");
+
+    TBXML xml("<Root>" + writer.toString() + "</Root>");
+    auto read = KVRAddress::create();
+    KVRAddressElement::read(*read, xml.rootXMLElement()->firstChild->firstChild);
+    EXPECT_EQ(read->street(), "Av. Paulista");
+    EXPECT_EQ(read->doorNumber(), "1000");
+    EXPECT_EQ(read->city(), "São Paulo");
+    EXPECT_EQ(read->zipCode(), std::nullopt);
 }
 
 }  // namespace
