@@ -1,5 +1,6 @@
 #include "testing/KVRSaleBench.h"
 
+#include <kovra/KVRJournalProvider.h>
 #include <kovra/KVRMerchantModel.h>
 #include <kovra/KVRQueues.h>
 #include <kovra/KVRTmsTableModel.h>
@@ -71,6 +72,7 @@ KVRSaleBench::KVRSaleBench()
             std::lock_guard lock(mutex_);
             bool cancellation = request.url.find("/CancellationAdvice") != std::string::npos;
             reply = cancellation ? cancellation_ : authorisation_;
+            if (cancellation && !KVRJournalProvider::isExchangeInFlight()) ++advicesNobodyWaitsFor_;
         }
         if (reply.urlError) *error = KVRError(NSURLErrorDomain, *reply.urlError);
         return reply.body;

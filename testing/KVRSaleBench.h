@@ -54,6 +54,13 @@ public:
     std::vector<std::string> displays() const;
     std::vector<KVRFakeExchange::Request> hostRequests(const std::string& path) const;
 
+    /// Advices sent while the journal said no exchange was in flight: an
+    /// interrupted tool would not have waited for their answer.
+    int advicesNobodyWaitsFor() const {
+        std::lock_guard lock(mutex_);
+        return advicesNobodyWaitsFor_;
+    }
+
     KVRScriptedConnection& pinpad() { return *pinpad_; }
     KVRTemporaryStore& store() { return store_; }
 
@@ -62,6 +69,7 @@ private:
     mutable std::mutex mutex_;
     HostReply authorisation_;
     HostReply cancellation_;
+    int advicesNobodyWaitsFor_ = 0;
     KVRFakeExchange host_;
     std::shared_ptr<KVRScriptedConnection> pinpad_;
 };

@@ -103,15 +103,16 @@ int finishSale(KVRTransactionController& controller, const std::shared_ptr<KVRTr
         keepOrDelete(transaction, result, settled);
     }
     if (!entry) return result;
-    KVRReversalController::release(entry->identifier);
+    bool retry = entry->state == KVRJournalEntry::kReversalPending;
     if (entry->state == KVRJournalEntry::kReversalPending && entry->attempts == 0) {
         auto verdict = KVRReversalController::sendAdvice(*entry);
-        if (verdict.outcome != KVRAdviceOutcome::Approved && verdict.outcome != KVRAdviceOutcome::Declined) {
-            KVRRecoveryScheduler::scheduleRetry();
-        }
-    } else if (entry->state == KVRJournalEntry::kReversalPending) {
-        KVRRecoveryScheduler::scheduleRetry();
+        retry = verdict.outcome != KVRAdviceOutcome::Approved && verdict.outcome != KVRAdviceOutcome::Declined;
     }
+    // Held until its advice is answered: a recovery pass would otherwise send
+    // a second one, and an interrupted tool would leave before the answer is
+    // written down.
+    KVRReversalController::release(entry->identifier);
+    if (retry) KVRRecoveryScheduler::scheduleRetry();
     return result;
 }
 
