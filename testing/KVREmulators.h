@@ -46,8 +46,6 @@ public:
     /// Why not, when not.
     const std::string& failure() const { return failure_; }
 
-    /// "host:port" of the acquirer.
-    const std::string& acquirerHost() const { return acquirerHost_; }
     const std::string& pinpadDevice() const { return pinpadDevice_; }
 
     /// The PIN pad's display states, "first line|second line" with both lines 16 characters wide.

@@ -49,11 +49,6 @@ void KVRMemoryChannel::closeWriting() {
     changed_.notify_all();
 }
 
-bool KVRMemoryChannel::isClosed() const {
-    std::lock_guard lock(mutex_);
-    return closed_;
-}
-
 bool KVRMemoryChannel::atEnd() const {
     std::lock_guard lock(mutex_);
     return closed_ && bytes_.empty();

@@ -24,7 +24,6 @@ public:
     bool waitReadable(std::chrono::milliseconds timeout) const;
     bool waitWritable(std::chrono::milliseconds timeout) const;
     void closeWriting();
-    bool isClosed() const;
     /// Closed and nothing left to read.
     bool atEnd() const;
     void setCapacity(size_t capacity);

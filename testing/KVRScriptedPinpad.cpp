@@ -46,11 +46,6 @@ void KVRScriptedPinpad::setHandler(Handler handler) {
     handler_ = std::move(handler);
 }
 
-void KVRScriptedPinpad::setOptions(Options options) {
-    std::lock_guard lock(mutex_);
-    options_ = options;
-}
-
 std::vector<std::string> KVRScriptedPinpad::requests() const {
     std::lock_guard lock(mutex_);
     return requests_;
@@ -187,8 +182,6 @@ void KVRScriptedPinpad::send(const std::vector<std::string>& texts) {
     }
     if (!pending.empty()) writeAll(pending);
 }
-
-void KVRScriptedPinpad::sendRaw(const std::vector<uint8_t>& bytes) { writeAll(bytes); }
 
 void KVRScriptedPinpad::writeAll(const std::vector<uint8_t>& bytes) {
     std::lock_guard lock(writeMutex_);

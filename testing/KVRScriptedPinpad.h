@@ -71,7 +71,6 @@ public:
     bool connectSharedLink() const;
 
     void setHandler(Handler handler);
-    void setOptions(Options options);
 
     /// The request texts received so far, in order.
     std::vector<std::string> requests() const;
@@ -83,7 +82,6 @@ public:
 
     /// Sends texts without a request (a late reply, an unsolicited notification).
     void send(const std::vector<std::string>& texts);
-    void sendRaw(const std::vector<uint8_t>& bytes);
 
 private:
     void run();
