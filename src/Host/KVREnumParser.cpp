@@ -2,6 +2,8 @@
 
 #include <kovra/KVRException.h>
 
+#include <cstdint>
+#include <cstring>
 #include <initializer_list>
 #include <utility>
 
@@ -17,30 +19,31 @@ std::string codeAt(Codes codes, int32_t value, const char* unexpected) {
     return codes.begin()[value];
 }
 
-// Replies are read code by code against every entry: compared inline up to
-// the first difference, nearly always the first letter. A shorter text
-// differs at its terminating zero, so nothing past it is read.
-bool same(const char* text, const char* code) {
-    for (; *code; ++text, ++code)
-        if (*text != *code) return false;
-    return *text == '\0';
+// Every code is four letters: one word, compared with a reply's text in a
+// single instruction. A text of any other length is no code.
+uint32_t wordOf(const char* fourLetters) {
+    uint32_t word;
+    std::memcpy(&word, fourLetters, sizeof word);
+    return word;
 }
 
 // First match wins, in the order given; anything else is 0.
-int32_t valueOf(Readings readings, const char* code) {
-    if (code == nullptr) return 0;
+int32_t valueOf(Readings readings, std::string_view code) {
+    if (code.size() != sizeof(uint32_t)) return 0;
+    const uint32_t word = wordOf(code.data());
     for (const auto& [text, value] : readings) {
-        if (same(text, code)) return value;
+        if (wordOf(text) == word) return value;
     }
     return 0;
 }
 
 // Positions in the list are the values.
-int32_t valueOf(Codes codes, const char* code) {
-    if (code == nullptr) return 0;
+int32_t valueOf(Codes codes, std::string_view code) {
+    if (code.size() != sizeof(uint32_t)) return 0;
+    const uint32_t word = wordOf(code.data());
     int32_t value = 0;
     for (const char* text : codes) {
-        if (same(text, code)) return value;
+        if (wordOf(text) == word) return value;
         ++value;
     }
     return 0;
@@ -107,36 +110,36 @@ std::string KVREnumParser::initiatingPartyIssuerToString(int32_t value) {
     return codeAt(kInitiatingParties, value, "Unexpected InitiatingParty.");
 }
 
-KVRAmountType KVREnumParser::parseEnumAmountType(const char* code) {
+KVRAmountType KVREnumParser::parseEnumAmountType(std::string_view code) {
     return static_cast<KVRAmountType>(valueOf(Codes{"CSHB", "GRTY", "FEES", "RBTS", "VATX"}, code));
 }
 
-KVRAccountType KVREnumParser::parseEnumAccountType(const char* code) {
+KVRAccountType KVREnumParser::parseEnumAccountType(std::string_view code) {
     return static_cast<KVRAccountType>(valueOf(kAccountTypes, code));
 }
 
-KVRResponseCode KVREnumParser::parseEnumResponseCode(const char* code) {
+KVRResponseCode KVREnumParser::parseEnumResponseCode(std::string_view code) {
     return static_cast<KVRResponseCode>(valueOf(Codes{"DECL", "APPR", "PART", "TECH"}, code));
 }
 
-KVRUserInterface KVREnumParser::parseEnumUserInterfaceCode(const char* code) {
+KVRUserInterface KVREnumParser::parseEnumUserInterfaceCode(std::string_view code) {
     return static_cast<KVRUserInterface>(valueOf(Codes{"CDSP", "CRCP", "MDSP", "MRCP"}, code));
 }
 
-KVRActionType KVREnumParser::parseEnumActionTypeCode(const char* code) {
+KVRActionType KVREnumParser::parseEnumActionTypeCode(std::string_view code) {
     return static_cast<KVRActionType>(
         valueOf(Codes{"BUSY", "CPTR", "DISP", "NOVR", "RQID", "PINL", "PINR", "PRNT", "RFRL", "RQDT"}, code));
 }
 
-KVRInitiatingParty KVREnumParser::stringToInitiatingPartyType(const char* code) {
+KVRInitiatingParty KVREnumParser::stringToInitiatingPartyType(std::string_view code) {
     return static_cast<KVRInitiatingParty>(valueOf(kInitiatingPartyReadings, code));
 }
 
-KVRInitiatingParty KVREnumParser::stringToInitiatingPartyIssuer(const char* code) {
+KVRInitiatingParty KVREnumParser::stringToInitiatingPartyIssuer(std::string_view code) {
     return static_cast<KVRInitiatingParty>(valueOf(kInitiatingPartyReadings, code));
 }
 
-KVRMessageFunction KVREnumParser::stringToMessageFunctionCode(const char* code) {
+KVRMessageFunction KVREnumParser::stringToMessageFunctionCode(std::string_view code) {
     static const Readings readings = {{"AUTQ", 0},  {"AUTP", 1},  {"CCAV", 14}, {"CCAK", 15}, {"CCAQ", 12},
                                       {"CCAP", 13}, {"CMPV", 4},  {"CMPK", 5},  {"DGNP", 16}, {"DGNQ", 17},
                                       {"FAUQ", 2},  {"FAUP", 3},  {"FCMV", 6},  {"FCMK", 7},  {"FRVA", 10},

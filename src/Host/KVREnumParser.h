@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 /// Maps the ISO 20022 code sets between their numbers and their four-letter
 /// codes. Writing a number outside its set throws a KVRException named
@@ -28,12 +29,12 @@ public:
     static std::string initiatingPartyTypeToString(int32_t value);
     static std::string initiatingPartyIssuerToString(int32_t value);
 
-    static KVRAmountType parseEnumAmountType(const char* code);
-    static KVRAccountType parseEnumAccountType(const char* code);
-    static KVRResponseCode parseEnumResponseCode(const char* code);
-    static KVRUserInterface parseEnumUserInterfaceCode(const char* code);
-    static KVRActionType parseEnumActionTypeCode(const char* code);
-    static KVRInitiatingParty stringToInitiatingPartyType(const char* code);
-    static KVRInitiatingParty stringToInitiatingPartyIssuer(const char* code);
-    static KVRMessageFunction stringToMessageFunctionCode(const char* code);
+    static KVRAmountType parseEnumAmountType(std::string_view code);
+    static KVRAccountType parseEnumAccountType(std::string_view code);
+    static KVRResponseCode parseEnumResponseCode(std::string_view code);
+    static KVRUserInterface parseEnumUserInterfaceCode(std::string_view code);
+    static KVRActionType parseEnumActionTypeCode(std::string_view code);
+    static KVRInitiatingParty stringToInitiatingPartyType(std::string_view code);
+    static KVRInitiatingParty stringToInitiatingPartyIssuer(std::string_view code);
+    static KVRMessageFunction stringToMessageFunctionCode(std::string_view code);
 };

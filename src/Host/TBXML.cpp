@@ -26,6 +26,21 @@ void report(std::optional<KVRError>* error, long code) {
     if (error) *error = TBXML::errorWithCode(code);
 }
 
+// A NUL inside a text ends it, as it ends the zero-terminated text: the
+// lengths the builder took up to the next markup are cut back to it. Hosts
+// never send one, so the whole tree is walked only when the bytes hold one.
+void cutTextsAtNul(TBXMLElement* root) {
+    for (TBXMLElement* e = root; e;) {
+        e->textLength = std::strlen(e->text);
+        if (e->firstChild) {
+            e = e->firstChild;
+            continue;
+        }
+        while (e && !e->nextSibling) e = e->parentElement;
+        if (e) e = e->nextSibling;
+    }
+}
+
 }  // namespace
 
 TBXML::TBXML() : document_(std::make_unique<Document>()) {}
@@ -74,6 +89,7 @@ void TBXML::parse(const char* bytes, size_t length, std::optional<KVRError>* err
         std::memset(d.bytes.get() + length, 0, TBXMLBuilder::kPadding);
         d.elements.expect(length / kBytesPerElement);
         d.root = TBXMLBuilder(d.bytes.get(), d.bytes.get() + length, d.elements, d.attributes).build();
+        if (length > 0 && std::memchr(bytes, '\0', length)) cutTextsAtNul(d.root);
     } catch (const std::bad_alloc&) {
         d.root = nullptr;
         report(error, TBXMLErrorMemoryAllocFailure);
@@ -105,7 +121,7 @@ std::string TBXML::textForElement(const TBXMLElement* element, std::optional<KVR
         report(error, TBXMLErrorElementTextIsNil);
         return {};
     }
-    return element->text;
+    return std::string(element->text, element->textLength);
 }
 
 std::optional<std::string> TBXML::valueOfAttributeNamed(const std::string& name, const TBXMLElement* element,

@@ -2,6 +2,7 @@
 
 #include <kovra/KVRError.h>
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -41,6 +42,9 @@ struct TBXMLElement {
     /// Character data (CDATA sections merged in, comments left out) between
     /// the start tag and the first child element or the end tag; "" when none.
     const char* text = nullptr;
+    /// The bytes of `text` before its terminating zero, so that readers
+    /// need not count them again.
+    size_t textLength = 0;
     TBXMLAttribute* firstAttribute = nullptr;
     TBXMLElement* parentElement = nullptr;
     TBXMLElement* firstChild = nullptr;

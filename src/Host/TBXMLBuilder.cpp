@@ -282,5 +282,6 @@ void TBXMLBuilder::appendText(char* from, char* to) {
 void TBXMLBuilder::closeText() {
     if (!textEnd_) return;
     *textEnd_ = '\0';
+    current_->textLength = static_cast<size_t>(textEnd_ - current_->text);
     textEnd_ = nullptr;
 }

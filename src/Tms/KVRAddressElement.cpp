@@ -28,7 +28,7 @@ void KVRAddressElement::read(KVRAddress& address, const TBXMLElement* firstChild
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         for (const AddressField& field : kFields) {
             if (std::strcmp(e->name, field.tag) == 0) {
-                (address.*field.set)(std::string(e->text));
+                (address.*field.set)(std::string(e->text, e->textLength));
                 break;
             }
         }

@@ -80,7 +80,7 @@ void KVRAid::read(const TBXMLElement* aid) {
         const AidField* field = fieldNamed(e->name);
         if (!field) continue;
         if (field->text)
-            this->*(field->text) = std::string(e->text);
+            this->*(field->text) = std::string(e->text, e->textLength);
         else
             this->*(field->number) = KVRStringUtil::leadingInt32(e->text);
     }

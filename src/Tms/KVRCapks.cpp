@@ -47,7 +47,7 @@ void KVRCapks::read(const TBXMLElement* capk) {
         const CapkField* field = fieldNamed(e->name);
         if (!field) continue;
         if (field->text)
-            this->*(field->text) = std::string(e->text);
+            this->*(field->text) = std::string(e->text, e->textLength);
         else
             this->*(field->number) = KVRStringUtil::leadingInt32(e->text);
     }

@@ -6,6 +6,7 @@
 #include "Tms/KVRTmsCodeTable.h"
 
 using KVRElementReading::named;
+using KVRElementReading::text;
 
 namespace {
 const KVRTmsCodeTable& categories() {
@@ -41,13 +42,13 @@ void KVRDataSetIdentification::read(const TBXMLElement* firstChild) {
         if (named(e, "Tp")) {
             type = dataSetCategoryFromString(e->text);
         } else if (named(e, "Id")) {
-            identification = e->text;
+            identification = text(e);
         } else if (named(e, "Vrsn")) {
-            version = e->text;
+            version = text(e);
         } else if (named(e, "CreDtTm")) {
-            creationDateTime = e->text;
+            creationDateTime = text(e);
         } else if (named(e, "Nm")) {
-            name = e->text;
+            name = text(e);
         }
     }
 }

@@ -4,12 +4,13 @@
 #include "Host/TBXML.h"
 
 using KVRElementReading::named;
+using KVRElementReading::text;
 using KVRElementReading::nested;
 
 void KVRHostCommunicationParameters::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         if (named(e, "HstId")) {
-            hostIdentification = e->text;
+            hostIdentification = text(e);
         } else if (named(e, "Adr")) {
             addressData = nested<KVRHostAddress>(e);
         }

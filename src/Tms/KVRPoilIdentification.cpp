@@ -6,6 +6,7 @@
 #include "Tms/KVRTmsCodeTable.h"
 
 using KVRElementReading::named;
+using KVRElementReading::text;
 
 namespace {
 const KVRTmsCodeTable& partyTypes() {
@@ -46,9 +47,9 @@ void KVRPoilIdentification::read(const TBXMLElement* firstChild) {
         } else if (named(e, "Issr")) {
             issuer = PartyTypeCodeToString(e->text);
         } else if (named(e, "Id")) {
-            identification = e->text;
+            identification = text(e);
         } else if (named(e, "ShrtNm")) {
-            shortName = e->text;
+            shortName = text(e);
         }
     }
 }

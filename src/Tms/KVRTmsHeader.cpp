@@ -5,6 +5,7 @@
 #include "Host/XMLWriter.h"
 
 using KVRElementReading::named;
+using KVRElementReading::text;
 
 void KVRTmsHeader::write(XMLWriter& writer) const {
     writer.writeStartElement("Hdr");
@@ -20,11 +21,11 @@ void KVRTmsHeader::read(const TBXMLElement* firstChild) {
         if (named(e, "DwnldTrf")) {
             downloadTransfer = e->text[0] != '\0';
         } else if (named(e, "FrmtVrsn")) {
-            formatVersion = e->text;
+            formatVersion = text(e);
         } else if (named(e, "XchgId")) {
-            exchangeIdentification = e->text;
+            exchangeIdentification = text(e);
         } else if (named(e, "CreDtTm")) {
-            creationDateTime = e->text;
+            creationDateTime = text(e);
         }
     }
 }

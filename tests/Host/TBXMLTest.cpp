@@ -29,7 +29,7 @@ std::string outline(const TBXMLElement* e) {
     std::string text = e->name;
     for (const TBXMLAttribute* a = e->firstAttribute; a; a = a->next)
         text += (a == e->firstAttribute ? "[" : ",") + std::string(a->name) + "=" + a->value + (a->next ? "" : "]");
-    if (*e->text) text += "=" + std::string(e->text);
+    if (*e->text) text += "=" + TBXML::textForElement(e);
     for (const TBXMLElement* c = e->firstChild; c; c = c->nextSibling)
         text += (c == e->firstChild ? "(" : ",") + outline(c) + (c->nextSibling ? "" : ")");
     return text;

@@ -9,21 +9,21 @@ using KVRElementReading::text;
 
 void KVRMessageToPresentData::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (named(e, "MsgDstn")) messageDestination = KVREnumParser::parseEnumUserInterfaceCode(e->text);
+        if (named(e, "MsgDstn")) messageDestination = KVREnumParser::parseEnumUserInterfaceCode(text(e));
         else if (named(e, "MsgCntt")) messageContent = text(e);
     }
 }
 
 void KVRAction::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (named(e, "ActnTp")) actionType = KVREnumParser::parseEnumActionTypeCode(e->text);
+        if (named(e, "ActnTp")) actionType = KVREnumParser::parseEnumActionTypeCode(text(e));
         else if (named(e, "MsgToPres")) readNested(messageToPresent, e);
     }
 }
 
 void KVRResponseToAuthorisationData::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (named(e, "Rspn")) responseCode = KVREnumParser::parseEnumResponseCode(e->text);
+        if (named(e, "Rspn")) responseCode = KVREnumParser::parseEnumResponseCode(text(e));
         else if (named(e, "RspnRsn")) responseReason = text(e);
     }
 }
@@ -52,7 +52,7 @@ void KVRTransactionIdentification::read(const TBXMLElement* firstChild) {
 
 void KVRDetailedAmount::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (named(e, "AmtTp")) amountType = KVREnumParser::parseEnumAmountType(e->text);
+        if (named(e, "AmtTp")) amountType = KVREnumParser::parseEnumAmountType(text(e));
         else if (named(e, "Val")) value = text(e);
         else if (named(e, "Labl")) label = text(e);
     }
@@ -60,7 +60,7 @@ void KVRDetailedAmount::read(const TBXMLElement* firstChild) {
 
 void KVRTransactionDetails::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (named(e, "AcctTp")) accountType = KVREnumParser::parseEnumAccountType(e->text);
+        if (named(e, "AcctTp")) accountType = KVREnumParser::parseEnumAccountType(text(e));
         else if (named(e, "Ccy")) currency = text(e);
         else if (named(e, "DtldAmt")) readNested(detailedAmount, e);
         else if (named(e, "ICCRltdData")) iccRelatedData = text(e);

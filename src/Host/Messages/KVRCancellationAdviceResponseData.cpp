@@ -5,10 +5,11 @@
 
 using KVRElementReading::named;
 using KVRElementReading::readNested;
+using KVRElementReading::text;
 
 void KVRTransactionDataCancellationResponse::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
-        if (named(e, "Rspn")) cancellationResponse = KVREnumParser::parseEnumResponseCode(e->text);
+        if (named(e, "Rspn")) cancellationResponse = KVREnumParser::parseEnumResponseCode(text(e));
         else if (named(e, "TxId")) readNested(transactionId, e);
     }
 }

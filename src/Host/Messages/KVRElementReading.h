@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 /// The steps every response element repeats while walking its children:
 /// exact, case-sensitive name tests, texts taken as they stand, and nested
@@ -57,9 +58,11 @@ inline bool named(const TBXMLElement* element, const Tag& tag) {
     }
 }
 
-/// Assigned to an optional string, the text is made once, in place: no
-/// temporary string to move from.
-inline const char* text(const TBXMLElement* element) { return element->text ? element->text : ""; }
+/// The element's text with the length the tree kept: copying it costs no
+/// second pass over its bytes.
+inline std::string_view text(const TBXMLElement* element) {
+    return element->text ? std::string_view(element->text, element->textLength) : std::string_view();
+}
 
 /// A new element object filled from the children of `element`.
 template <class Element>

@@ -6,6 +6,7 @@
 #include "Host/XMLWriter.h"
 
 using KVRElementReading::named;
+using KVRElementReading::text;
 
 void KVRGenericIdentification::write(XMLWriter& writer, const std::string& tag) const {
     writer.writeStartElement(tag);
@@ -19,13 +20,13 @@ void KVRGenericIdentification::write(XMLWriter& writer, const std::string& tag) 
 void KVRGenericIdentification::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         if (named(e, "Id")) {
-            identification = e->text;
+            identification = text(e);
         } else if (named(e, "Tp")) {
-            initiatingPartyType = KVREnumParser::stringToInitiatingPartyType(e->text);
+            initiatingPartyType = KVREnumParser::stringToInitiatingPartyType(text(e));
         } else if (named(e, "Issr")) {
-            initiatingPartyIssuer = KVREnumParser::stringToInitiatingPartyIssuer(e->text);
+            initiatingPartyIssuer = KVREnumParser::stringToInitiatingPartyIssuer(text(e));
         } else if (named(e, "ShrtNm")) {
-            shortName = e->text;
+            shortName = text(e);
         }
     }
 }

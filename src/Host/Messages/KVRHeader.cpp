@@ -6,6 +6,7 @@
 #include "Host/XMLWriter.h"
 
 using KVRElementReading::named;
+using KVRElementReading::text;
 using KVRElementReading::readNested;
 
 void KVRHeader::write(XMLWriter& writer) const {
@@ -23,13 +24,13 @@ void KVRHeader::write(XMLWriter& writer) const {
 void KVRHeader::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         if (named(e, "MsgFctn")) {
-            messageFunction = KVREnumParser::stringToMessageFunctionCode(e->text);
+            messageFunction = KVREnumParser::stringToMessageFunctionCode(text(e));
         } else if (named(e, "PrtcolVrsn")) {
-            protocolVersion = e->text;
+            protocolVersion = text(e);
         } else if (named(e, "XchgId")) {
-            exchangeIdentification = e->text;
+            exchangeIdentification = text(e);
         } else if (named(e, "CreDtTm")) {
-            creationDateTime = e->text;
+            creationDateTime = text(e);
         } else if (named(e, "InitgPty")) {
             readNested(initiatingParty, e);
         } else if (named(e, "RcptPty")) {

@@ -5,6 +5,7 @@
 #include "Host/XMLWriter.h"
 
 using KVRElementReading::named;
+using KVRElementReading::text;
 
 void KVRHostAddress::write(XMLWriter& writer) const {
     writer.writeStartElement("");
@@ -20,17 +21,17 @@ void KVRHostAddress::write(XMLWriter& writer) const {
 void KVRHostAddress::read(const TBXMLElement* firstChild) {
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         if (named(e, "PmryAdr")) {
-            primaryAddress = e->text;
+            primaryAddress = text(e);
         } else if (named(e, "PmryPortNb")) {
             // Recognised, deliberately not converted.
         } else if (named(e, "ScndryAdr")) {
-            secundaryAddress = e->text;
+            secundaryAddress = text(e);
         } else if (named(e, "ScndryPortNb")) {
             // Recognised, deliberately not converted.
         } else if (named(e, "UsrNm")) {
-            userName = e->text;
+            userName = text(e);
         } else if (named(e, "AccsCd")) {
-            accesCode = e->text;
+            accesCode = text(e);
         }
     }
 }

@@ -5,6 +5,7 @@
 #include "Host/XMLWriter.h"
 
 using KVRElementReading::named;
+using KVRElementReading::text;
 using KVRElementReading::readNested;
 
 void KVRTraceability::write(XMLWriter& writer) const {
@@ -20,9 +21,9 @@ void KVRTraceability::read(const TBXMLElement* firstChild) {
         if (named(e, "RlayId")) {
             readNested(relayIdentification, e);
         } else if (named(e, "TracDtTmIn")) {
-            traceDateTimeIn = e->text;
+            traceDateTimeIn = text(e);
         } else if (named(e, "TracDtTmOut")) {
-            traceDateTimeOut = e->text;
+            traceDateTimeOut = text(e);
         }
     }
 }
