@@ -10,7 +10,13 @@
 /// empty, and the sale treats any empty link on its paths as a failed exchange.
 class KVRAcceptorAuthorisationResponse {
 public:
+    KVRAcceptorAuthorisationResponse();
+
     std::optional<KVRAcceptorAuthorisationResponseData> data;  // AccptrAuthstnRspn
 
     void read(const std::string& body);
 };
+
+// Written by hand, the constructor leaves the empty optional as it is; the
+// implicit one has its whole storage zeroed first, a kilobyte and more.
+inline KVRAcceptorAuthorisationResponse::KVRAcceptorAuthorisationResponse() = default;

@@ -9,7 +9,13 @@
 /// `AccptrCxlAdvcRspn` leaves `data` empty; reading never throws.
 class KVRAcceptorCancellationAdviceResponse {
 public:
+    KVRAcceptorCancellationAdviceResponse();
+
     std::optional<KVRAcceptorCancellationAdviceResponseData> data;
 
     void read(const std::string& body);
 };
+
+// Written by hand, the constructor leaves the empty optional as it is; the
+// implicit one has its whole storage zeroed first, a kilobyte and more.
+inline KVRAcceptorCancellationAdviceResponse::KVRAcceptorCancellationAdviceResponse() = default;

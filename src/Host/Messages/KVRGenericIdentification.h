@@ -13,6 +13,8 @@ struct TBXMLElement;
 /// written, "OPOI" when never set.
 class KVRGenericIdentification {
 public:
+    KVRGenericIdentification();
+
     std::optional<std::string> identification;                    // Id
     KVRInitiatingParty initiatingPartyType = KVRInitiatingPartyOPOI;   // Tp
     KVRInitiatingParty initiatingPartyIssuer = KVRInitiatingPartyOPOI; // Issr
@@ -22,3 +24,8 @@ public:
     /// Fills the fields from the element's first child and its siblings.
     void read(const TBXMLElement* firstChild);
 };
+
+// Defaulted outside the class, the constructor counts as written by hand: an
+// identification made in place in its optional is only constructed, not
+// first zeroed whole.
+inline KVRGenericIdentification::KVRGenericIdentification() = default;

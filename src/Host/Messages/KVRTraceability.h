@@ -8,6 +8,8 @@
 /// `Tracblt`: the relay a message passed through, with the times in and out.
 class KVRTraceability {
 public:
+    KVRTraceability();
+
     std::optional<KVRGenericIdentification> relayIdentification;    // RlayId
     std::optional<std::string> traceDateTimeIn;                     // TracDtTmIn
     std::optional<std::string> traceDateTimeOut;                    // TracDtTmOut
@@ -15,3 +17,6 @@ public:
     void write(XMLWriter& writer) const;
     void read(const TBXMLElement* firstChild);
 };
+
+// As for the identification: constructed in place, never zeroed first.
+inline KVRTraceability::KVRTraceability() = default;
