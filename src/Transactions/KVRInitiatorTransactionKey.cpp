@@ -22,8 +22,7 @@ std::optional<std::string> KVRInitiatorTransactionKey::generate(const std::strin
         long dayInDay = 1;
         long long counted = std::max(KVRTransactionModel::countAll(), KVRJournal::highestKeyCount().value_or(-1) + 1);
         keyCount = counted;
-        std::string count = KVRStringUtil::format("%lli", counted);
-        if (count.size() < 4) count.insert(0, 4 - count.size(), '0');
+        std::string count = KVRStringUtil::format("%04lli", counted);
         std::string vendor = KVRDirectories::vendorIdentifier();
         if (vendor.size() < 28) throw KVRException("NSRangeException", "The vendor identifier is too short.");
         std::string version = KVRApplicationInfo::stringForKey("CFBundleVersion").value_or("");

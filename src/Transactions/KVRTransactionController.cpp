@@ -107,6 +107,14 @@ bool carriesIdentifiers(const KVRJournalEntry& entry) {
     return isPresent(entry.receiptTransactionKey) && isPresent(entry.hostReference) && isPresent(entry.authorisationCode);
 }
 
+// A sale's commands, whose card reads reload the stored tables when the PIN
+// pad reports them out of date.
+std::unique_ptr<KVRCommandController> newCommands() {
+    auto commands = std::make_unique<KVRCommandController>();
+    KVRTmsController::installTableReload(*commands);
+    return commands;
+}
+
 }  // namespace
 
 struct KVRTransactionController::ServiceCode {
@@ -171,8 +179,7 @@ std::optional<int> KVRTransactionController::runOnce(const std::shared_ptr<KVRTr
     authorisationSent_ = false;
     try {
         if (!transaction->merchant()) transaction->setMerchant(KVRMerchantModel::findFirst());
-        commands_ = std::make_unique<KVRCommandController>();
-        KVRTmsController::installTableReload(*commands_);
+        commands_ = newCommands();
         identifyPinpad(*transaction);
         auto gcr = commands_->sendCommandGcrWithTransactionType(transaction->getAccountType());
         return dispatchCardRead(transaction, gcr);
@@ -300,8 +307,7 @@ int KVRTransactionController::dispatchMagneticStripe(const std::shared_ptr<KVRTr
 int KVRTransactionController::sendTransactionWithMagnectStripe(const std::shared_ptr<KVRTransactionModel>& transaction,
                                                                const std::shared_ptr<KVRGcrCommandResponse>& gcr) {
     if (!commands_) {
-        commands_ = std::make_unique<KVRCommandController>();
-        KVRTmsController::installTableReload(*commands_);
+        commands_ = newCommands();
         commands_->setGcrResponse(gcr);
     }
     authorisationSent_ = false;

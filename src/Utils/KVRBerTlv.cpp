@@ -6,8 +6,8 @@
 
 namespace {
 
-// The first of `count` hexadecimal bytes at `at`, or nothing when the text
-// ends first or holds something else there.
+// The byte whose two hexadecimal digits stand at `at`, or nothing when the
+// text ends first or holds something else there.
 std::optional<unsigned> hexByte(const std::string& text, size_t at) {
     if (at + 2 > text.size()) return std::nullopt;
     unsigned value = 0;
