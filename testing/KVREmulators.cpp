@@ -3,6 +3,7 @@
 #include <kovra/KVRApplicationInfo.h>
 
 #include "Platform/KVRSettingsKeys.h"
+#include "testing/KVRFiles.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -94,16 +95,9 @@ bool KVREmulators::stop() {
     return clean;
 }
 
-std::vector<std::string> KVREmulators::lines(const std::string& path) {
-    std::vector<std::string> out;
-    std::ifstream in(path);
-    for (std::string line; std::getline(in, line);) out.push_back(line);
-    return out;
-}
+std::vector<std::string> KVREmulators::displayLog() const { return KVRFiles::lines(directory_.file("display.log")); }
 
-std::vector<std::string> KVREmulators::displayLog() const { return lines(directory_.file("display.log")); }
-
-std::vector<std::string> KVREmulators::commandLog() const { return lines(directory_.file("commands.log")); }
+std::vector<std::string> KVREmulators::commandLog() const { return KVRFiles::lines(directory_.file("commands.log")); }
 
 std::vector<std::string> KVREmulators::commandNames() const {
     std::vector<std::string> names;
@@ -112,7 +106,7 @@ std::vector<std::string> KVREmulators::commandNames() const {
 }
 
 std::vector<std::string> KVREmulators::acquirerLog() const {
-    return lines(directory_.file("acquirer") + "/requests.log");
+    return KVRFiles::lines(directory_.file("acquirer") + "/requests.log");
 }
 
 nlohmann::json KVREmulators::ledger() const {

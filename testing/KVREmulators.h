@@ -68,7 +68,6 @@ public:
 private:
     bool startPinpad();
     bool startAcquirer();
-    static std::vector<std::string> lines(const std::string& path);
 
     Options options_;
     KVRTempDirectory directory_;

@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <fstream>
 #include <poll.h>
 #include <sstream>
 #include <stdexcept>
@@ -148,11 +147,7 @@ std::optional<std::string> KVRProcess::waitForLine(const std::string& prefix, st
 }
 
 std::string KVRProcess::errors() const {
-    if (!errorDirectory_) return {};
-    std::ifstream in(errorDirectory_->file("stderr"), std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
+    return errorDirectory_ ? errorDirectory_->read("stderr") : std::string();
 }
 
 void KVRProcess::signal(int number) {

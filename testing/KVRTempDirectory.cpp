@@ -1,8 +1,7 @@
 #include "testing/KVRTempDirectory.h"
+#include "testing/KVRFiles.h"
 
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 
 KVRTempDirectory::KVRTempDirectory() {
@@ -16,13 +15,8 @@ KVRTempDirectory::~KVRTempDirectory() {
     std::filesystem::remove_all(path_, ec);
 }
 
-std::string KVRTempDirectory::read(const std::string& name) const {
-    std::ifstream in(file(name), std::ios::binary);
-    std::ostringstream content;
-    content << in.rdbuf();
-    return content.str();
-}
+std::string KVRTempDirectory::read(const std::string& name) const { return KVRFiles::read(file(name)); }
 
 void KVRTempDirectory::write(const std::string& name, const std::string& content) const {
-    std::ofstream(file(name), std::ios::binary) << content;
+    KVRFiles::write(file(name), content);
 }

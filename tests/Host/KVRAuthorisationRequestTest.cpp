@@ -88,7 +88,7 @@ TEST_F(KVRHostRequestTest, ChipSaleWithOnLinePinIsTheExpectedDocument) {
     transaction->setInstalmentAmount(3);
     transaction->setInstalmentType(1);
     std::string xml = write(chipCard(), KVRPinpadReplies::gocReply(0, 2, "8A3C1F0B9D2E4F67", "FFFF9876543210E00001", kEmv));
-    EXPECT_EQ(xml, kvrtest::testData("authorisation-request-chip-online-pin.xml"));
+    EXPECT_EQ(xml, KVRFiles::testData("authorisation-request-chip-online-pin.xml"));
 }
 
 TEST_F(KVRHostRequestTest, StripeSaleWithAllZeroPinIsTheExpectedDocument) {
@@ -104,14 +104,14 @@ TEST_F(KVRHostRequestTest, StripeSaleWithAllZeroPinIsTheExpectedDocument) {
     card.secondTrack = "5162920000000010=2512201100000000";
     card.expiration = "000000";
     std::string xml = write(card, std::nullopt, KVRPinpadReplies::gpnReply(0, std::string(16, '0'), std::string(20, '0')));
-    EXPECT_EQ(xml, kvrtest::testData("authorisation-request-stripe-offline-pin.xml"));
+    EXPECT_EQ(xml, KVRFiles::testData("authorisation-request-stripe-offline-pin.xml"));
 }
 
 TEST_F(KVRHostRequestTest, CancellationOfAnApprovedSaleIsTheExpectedDocument) {
     transaction->setReceiptTransactionKey("000123456789");
     transaction->setReference("1B4E28BA2FA111D2883F0016D3CCA427");
     transaction->setStatus(2);
-    EXPECT_EQ(cancellation(), kvrtest::testData("cancellation-advice.xml"));
+    EXPECT_EQ(cancellation(), KVRFiles::testData("cancellation-advice.xml"));
 
     // Without the acquirer's key only ours identifies the sale.
     transaction->setAmount(KVRNumber(10.5));

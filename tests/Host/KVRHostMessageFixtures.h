@@ -8,12 +8,10 @@
 
 #include <chrono>
 #include <ctime>
-#include <fstream>
-#include <sstream>
-#include <stdexcept>
 #include <string>
 #include "testing/KVRLocalTime.h"
 #include "testing/KVRTestFixture.h"
+#include "testing/KVRFiles.h"
 
 namespace kvrtest {
 
@@ -32,14 +30,5 @@ public:
     FixedClockAndUuid(const FixedClockAndUuid&) = delete;
     FixedClockAndUuid& operator=(const FixedClockAndUuid&) = delete;
 };
-
-/// A file of tests/data, byte for byte.
-inline std::string testData(const std::string& name) {
-    std::ifstream in(std::string(KOVRA_TEST_DATA_DIR) + "/" + name, std::ios::binary);
-    if (!in) throw std::runtime_error("missing test data " + name);
-    std::ostringstream out;
-    out << in.rdbuf();
-    return out.str();
-}
 
 }  // namespace kvrtest

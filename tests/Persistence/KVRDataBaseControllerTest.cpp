@@ -15,13 +15,13 @@
 #include "testing/KVRTemporaryStore.h"
 #include "testing/KVRTestFixture.h"
 #include "testing/KVRWaitUntil.h"
+#include "testing/KVRFiles.h"
 
 #include <sqlite3.h>
 
 #include <atomic>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
@@ -87,11 +87,6 @@ bool twoSavedTransactions() {
         if (t->hasChanges()) return false;
     }
     return true;
-}
-
-std::string fileBytes(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 class DataBaseControllerTest : public KVRTestFixture {
@@ -182,7 +177,7 @@ TEST_F(DataBaseControllerTest, AFileThatIsNotADatabaseOrLacksColumnsIsLeftAloneA
     controller().createDB();
     controller().migrateColumns();
     KVRDataBaseController::emptyTable();
-    EXPECT_EQ(fileBytes(legacyPath()), garbage);
+    EXPECT_EQ(KVRFiles::read(legacyPath()), garbage);
     EXPECT_TRUE(KVRTransactionModel::findAll().empty());
     EXPECT_TRUE(log_.contains("trans.db")) << log_.text();
 

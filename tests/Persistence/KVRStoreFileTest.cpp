@@ -9,13 +9,13 @@
 #include "testing/KVRLogCapture.h"
 #include "testing/KVRTemporaryStore.h"
 #include "testing/KVRTestFixture.h"
+#include "testing/KVRFiles.h"
 
 #include <sqlite3.h>
 
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <ostream>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -24,14 +24,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
 void writeFile(const std::string& path, const std::string& bytes) {
     fs::create_directories(fs::path(path).parent_path());
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+    KVRFiles::write(path, bytes);
 }
 
 /// Makes a store file the way another version of the library would have.
@@ -136,7 +131,7 @@ TEST_F(KVRStoreFileTest, AnUnreadableStoreIsMovedAsideAndANewOneMade) {
         store.reopen();
         fs::remove_all(store.storeDirectory());
         c.damage();
-        std::string damaged = readFile(store.storePath());
+        std::string damaged = KVRFiles::read(store.storePath());
         KVRLogCapture log;
         store.reopen();
 
@@ -150,7 +145,7 @@ TEST_F(KVRStoreFileTest, AnUnreadableStoreIsMovedAsideAndANewOneMade) {
         auto aside = movedAside(store.storeDirectory());
         ASSERT_EQ(aside.size(), 1u);
         EXPECT_TRUE(log.contains(aside.front().string())) << log.text();
-        EXPECT_EQ(readFile(aside.front().string()), damaged);
+        EXPECT_EQ(KVRFiles::read(aside.front().string()), damaged);
     }
 }
 
@@ -159,7 +154,7 @@ TEST_F(KVRStoreFileTest, AStoreOfANewerVersionIsLeftUntouchedAndNotUsed) {
                  "CREATE TABLE KVRTransactionModel (id INTEGER PRIMARY KEY, entity TEXT, reference TEXT, future TEXT);"
                  "INSERT INTO KVRTransactionModel (entity, reference) VALUES ('KVRTransactionModel', 'FROM-THE-FUTURE');"
                  "PRAGMA user_version = 3;");
-    std::string before = readFile(store.storePath());
+    std::string before = KVRFiles::read(store.storePath());
     KVRLogCapture log;
 
     EXPECT_TRUE(KVRTransactionModel::findAll().empty());
@@ -168,7 +163,7 @@ TEST_F(KVRStoreFileTest, AStoreOfANewerVersionIsLeftUntouchedAndNotUsed) {
 
     EXPECT_TRUE(log.contains("has version 3, newer than version 2")) << log.text();
     store.reopen();
-    EXPECT_EQ(readFile(store.storePath()), before);
+    EXPECT_EQ(KVRFiles::read(store.storePath()), before);
     EXPECT_TRUE(movedAside(store.storeDirectory()).empty());
 }
 

@@ -21,12 +21,12 @@ protected:
 
 TEST_F(KVRStatusReportTest, EnrolmentReportMatchesTheExpectedDocumentWithTheKovraCodeEscaped) {
     auto report = KVRStatusReportFactory::statusReportWithKovraCode("Padaria \"São João\" <Açaí & Cia> d'Ávila");
-    EXPECT_EQ(report->write(), kvrtest::testData("status-report-kovracode.xml"));
+    EXPECT_EQ(report->write(), KVRFiles::testData("status-report-kovracode.xml"));
 }
 
 TEST_F(KVRStatusReportTest, TableDownloadReportMatchesTheExpectedDocument) {
     auto report = KVRStatusReportFactory::statusReportWithSaleAffiliationKey("7C1F0A52-SAK-0001");
-    EXPECT_EQ(report->write(), kvrtest::testData("status-report-sale-affiliation-key.xml"));
+    EXPECT_EQ(report->write(), KVRFiles::testData("status-report-sale-affiliation-key.xml"));
 }
 
 TEST_F(KVRStatusReportTest, EmptyKovraCodeIsSentAsAnEmptyIdentification) {

@@ -4,21 +4,13 @@
 
 #include "Utils/KVRCardDataMasking.h"
 #include "testing/KVRPinpadReplies.h"
+#include "testing/KVRFiles.h"
 
-#include <fstream>
-#include <sstream>
 #include <vector>
 
 namespace {
 
 using Masker = std::string (*)(std::string_view);
-
-std::string dataFile(const std::string& name) {
-    std::ifstream in(std::string(KOVRA_TEST_DATA_DIR) + "/" + name, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 struct Case {
     const char* what;
@@ -47,7 +39,7 @@ std::vector<Case> cases() {
         {"PIN entry request", KVRCardDataMasking::maskPinpadRequest, gpnRequest, {"4761739001010010"},
          {"GPN0453", "476173******0010"}},
         {"identity request", KVRCardDataMasking::maskPinpadRequest, "GIN00200", {}, {"GIN00200"}},
-        {"authorisation request", KVRCardDataMasking::maskXml, dataFile("authorisation-request-chip-online-pin.xml"),
+        {"authorisation request", KVRCardDataMasking::maskXml, KVRFiles::testData("authorisation-request-chip-online-pin.xml"),
          {"4761739001010119", "8A3C1F0B9D2E4F67", "3210E00001", "FFFF987654", "27122011143804489"},
          {"<PAN>476173******0119</PAN>", "<TxRef>1B4E28BA2FA111D2883F0016D3CCA427</TxRef>", "<TrckNb>2</TrckNb>"}},
         {"prefixes, attributes, empty and short values", KVRCardDataMasking::maskXml,

@@ -2,23 +2,15 @@
 // the outbox exactly as sent.
 #include "Messages.h"
 #include "SimSession.h"
+#include "testing/KVRFiles.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <memory>
-#include <sstream>
 
 namespace {
 
 using nlohmann::json;
-
-std::string readFile(const std::filesystem::path& file) {
-    std::ifstream in(file);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 class MailTest : public ::testing::Test {
 protected:
@@ -55,10 +47,10 @@ TEST_F(MailTest, AcceptedMailsAreKeptInTheOutboxAsSent) {
         EXPECT_EQ(json::parse(reply.body), json({{"status", "sent"}}));
     }
     ASSERT_EQ(outboxSize(), before + 3);
-    const std::string last = readFile(outbox() / (std::to_string(before + 3) + ".json"));
+    const std::string last = KVRFiles::read(outbox() / (std::to_string(before + 3) + ".json"));
     EXPECT_EQ(json::parse(last), feedback);
     EXPECT_NE(last.find("\n  \"template\""), std::string::npos) << "not pretty-printed: " << last;
-    EXPECT_EQ(json::parse(readFile(outbox() / (std::to_string(before + 1) + ".json"))), receipt);
+    EXPECT_EQ(json::parse(KVRFiles::read(outbox() / (std::to_string(before + 1) + ".json"))), receipt);
 }
 
 json& params(json& mail) {

@@ -1,8 +1,8 @@
 #include "SimSession.h"
+#include "testing/KVRFiles.h"
 
 #include <pugixml.hpp>
 
-#include <fstream>
 #include <stdexcept>
 
 using namespace std::chrono_literals;
@@ -25,10 +25,7 @@ SimSession::SimSession(std::vector<std::string> extraArguments, std::string stat
 }
 
 std::vector<std::string> SimSession::requestLog() const {
-    std::ifstream in(state_ + "/requests.log");
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(in, line);) lines.push_back(line);
-    return lines;
+    return KVRFiles::lines(state_ + "/requests.log");
 }
 
 KVRProcess::Result runSim(const std::vector<std::string>& arguments) {

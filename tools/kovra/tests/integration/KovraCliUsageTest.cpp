@@ -2,6 +2,7 @@
 // template; none of these needs an emulator.
 #include "KovraEmulatorBench.h"
 
+#include "testing/KVRFiles.h"
 #include "testing/KVRTempDirectory.h"
 
 #include <kovra/KVRApplicationInfo.h>
@@ -122,8 +123,8 @@ TEST(KovraCliConfigTest, InitWritesTheCommentedTemplateOnceAndTheLibraryReadsIt)
     std::string file = directory.file("Info.plist");
     auto written = runKovra({"config", "init", file});
     ASSERT_EQ(written.exitCode, 0) << written.err;
-    std::string text = fileText(file);
-    EXPECT_EQ(text, fileText(KOVRA_TEST_DATA_DIR "/../../examples/Info.plist"));
+    std::string text = KVRFiles::read(file);
+    EXPECT_EQ(text, KVRFiles::read(KOVRA_TEST_DATA_DIR "/../../examples/Info.plist"));
     EXPECT_EQ(runKovra({"config", "init"}).out, text);
 
     ASSERT_TRUE(KVRApplicationInfo::loadFromPlistFile(file));
@@ -134,7 +135,7 @@ TEST(KovraCliConfigTest, InitWritesTheCommentedTemplateOnceAndTheLibraryReadsIt)
     auto again = runKovra({"config", "init", file});
     EXPECT_EQ(again.exitCode, 2);
     EXPECT_EQ(again.err, "kovra: " + file + " exists; it is left as it is\n");
-    EXPECT_EQ(fileText(file), text + "<!-- edited -->\n");
+    EXPECT_EQ(KVRFiles::read(file), text + "<!-- edited -->\n");
 }
 
 }  // namespace

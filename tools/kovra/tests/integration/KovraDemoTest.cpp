@@ -2,6 +2,7 @@
 #include "KovraEmulatorBench.h"
 
 #include "KVRSimCard.h"
+#include "testing/KVRFiles.h"
 #include "testing/KVRTempDirectory.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +23,7 @@ namespace fs = std::filesystem;
 int processesMentioning(const std::string& text) {
     int count = 0;
     for (const auto& entry : fs::directory_iterator("/proc")) {
-        if (fileText(entry.path() / "cmdline").find(text) != std::string::npos) ++count;
+        if (KVRFiles::read(entry.path() / "cmdline").find(text) != std::string::npos) ++count;
     }
     return count;
 }
@@ -31,7 +32,7 @@ int processesMentioning(const std::string& text) {
 std::vector<std::pair<std::string, std::string>> everythingWritten(const std::string& kept, const KVRProcess::Result& result) {
     std::vector<std::pair<std::string, std::string>> texts;
     for (const auto& entry : fs::recursive_directory_iterator(kept))
-        if (entry.is_regular_file()) texts.emplace_back(entry.path().string(), fileText(entry.path()));
+        if (entry.is_regular_file()) texts.emplace_back(entry.path().string(), KVRFiles::read(entry.path()));
     texts.emplace_back("standard output", result.out);
     texts.emplace_back("standard error", result.err);
     return texts;
@@ -82,7 +83,7 @@ TEST(KovraDemoTest, RunsAMerchantsDayKeptForLaterCommandsWithoutCardData) {
     expectNoCardDataIn(everythingWritten(kept, result));
 
     // The pause line counts the requests the PIN pad emulator logged.
-    auto log = fileText(kept + "/pinpad-commands.log");
+    auto log = KVRFiles::read(kept + "/pinpad-commands.log");
     auto commands = std::count(log.begin(), log.end(), '\n');
     EXPECT_NE(result.out.find("PIN pad         " + std::to_string(commands) + " commands"), std::string::npos)
         << result.out;

@@ -4,8 +4,6 @@
 
 #include <kovra/KVRApplicationInfo.h>
 
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 
 namespace {
@@ -21,13 +19,6 @@ KVRProcess::Options cliOptions(const std::vector<std::string>& environment) {
 KVRProcess::Result runKovra(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
                             std::chrono::milliseconds timeout, const std::string& program) {
     return KVRProcess::run(program, arguments, cliOptions(environment), timeout);
-}
-
-std::string fileText(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
 }
 
 std::unique_ptr<KVRProcess> startKovra(const std::vector<std::string>& arguments,

@@ -17,8 +17,6 @@
 KVRProcess::Result runKovra(const std::vector<std::string>& arguments, const std::vector<std::string>& environment = {},
                             std::chrono::milliseconds timeout = std::chrono::seconds(60),
                             const std::string& program = KOVRA_CLI_BINARY);
-/// The whole file (empty when it cannot be read).
-std::string fileText(const std::string& path);
 /// kovra started and left running (to be interrupted).
 std::unique_ptr<KVRProcess> startKovra(const std::vector<std::string>& arguments,
                                        const std::vector<std::string>& environment);
