@@ -4,26 +4,24 @@
 
 KVRFakeExchange::KVRFakeExchange() {
     replyWith("");
-    auto hooks = *KVRPlatformHooks::installed();
-    previous_ = hooks.exchange;
-    hooks.exchange = [this](const KVRHttpRequest& sent, std::optional<KVRError>& error) {
-        Request request{sent.body, sent.url, sent.contentType};
-        Reply reply;
-        {
-            std::lock_guard lock(mutex_);
-            requests_.push_back(request);
-            reply = reply_;
-        }
-        return reply(request, &error);
-    };
-    KVRPlatformHooks::install(std::move(hooks));
+    KVRPlatformHooks::change([this](KVRPlatformHooks& hooks) {
+        previous_ = hooks.exchange;
+        hooks.exchange = [this](const KVRHttpRequest& sent, std::optional<KVRError>& error) {
+            Request request{sent.body, sent.url, sent.contentType};
+            Reply reply;
+            {
+                std::lock_guard lock(mutex_);
+                requests_.push_back(request);
+                reply = reply_;
+            }
+            return reply(request, &error);
+        };
+    });
 }
 
 // Only the exchange is put back: hooks installed meanwhile stay.
 KVRFakeExchange::~KVRFakeExchange() {
-    auto hooks = *KVRPlatformHooks::installed();
-    hooks.exchange = previous_;
-    KVRPlatformHooks::install(std::move(hooks));
+    KVRPlatformHooks::change([this](KVRPlatformHooks& hooks) { hooks.exchange = previous_; });
 }
 
 void KVRFakeExchange::setReply(Reply reply) {

@@ -3,20 +3,18 @@
 #include "Utils/KVRPlatformHooks.h"
 
 KVRLogCapture::KVRLogCapture() {
-    auto hooks = *KVRPlatformHooks::installed();
-    previous_ = hooks.logSink;
-    hooks.logSink = [this](const std::string& line, bool) {
-        std::lock_guard lock(mutex_);
-        lines_.push_back(line);
-    };
-    KVRPlatformHooks::install(std::move(hooks));
+    KVRPlatformHooks::change([this](KVRPlatformHooks& hooks) {
+        previous_ = hooks.logSink;
+        hooks.logSink = [this](const std::string& line, bool) {
+            std::lock_guard lock(mutex_);
+            lines_.push_back(line);
+        };
+    });
 }
 
 // Only the sink is put back: hooks installed meanwhile stay.
 KVRLogCapture::~KVRLogCapture() {
-    auto hooks = *KVRPlatformHooks::installed();
-    hooks.logSink = previous_;
-    KVRPlatformHooks::install(std::move(hooks));
+    KVRPlatformHooks::change([this](KVRPlatformHooks& hooks) { hooks.logSink = previous_; });
 }
 
 std::vector<std::string> KVRLogCapture::lines() const {

@@ -66,29 +66,23 @@ KVRGlobalStateGuard::~KVRGlobalStateGuard() {
     KVRPlatformHooks::install(*hooks_);
 }
 
-void KVRTestFixture::changeHooks(const std::function<void(KVRPlatformHooks&)>& change) {
-    auto hooks = *KVRPlatformHooks::installed();
-    change(hooks);
-    KVRPlatformHooks::install(std::move(hooks));
-}
-
 void KVRTestFixture::setClock(std::function<KVRPlatformHooks::TimePoint()> now) {
-    changeHooks([&](KVRPlatformHooks& hooks) { hooks.now = std::move(now); });
+    KVRPlatformHooks::change([&](KVRPlatformHooks& hooks) { hooks.now = std::move(now); });
 }
 
 void KVRTestFixture::setUuidGenerator(std::function<std::string()> uuid) {
-    changeHooks([&](KVRPlatformHooks& hooks) { hooks.uuid = std::move(uuid); });
+    KVRPlatformHooks::change([&](KVRPlatformHooks& hooks) { hooks.uuid = std::move(uuid); });
 }
 
 void KVRTestFixture::setNetworkFlags(std::optional<uint32_t> flags) {
-    changeHooks([&](KVRPlatformHooks& hooks) {
+    KVRPlatformHooks::change([&](KVRPlatformHooks& hooks) {
         hooks.networkFlags = nullptr;
         if (flags) hooks.networkFlags = [flags] { return flags; };
     });
 }
 
 void KVRTestFixture::setXmlTimeout(std::chrono::milliseconds timeout) {
-    changeHooks([&](KVRPlatformHooks& hooks) {
+    KVRPlatformHooks::change([&](KVRPlatformHooks& hooks) {
         hooks.exchange = [timeout](const KVRHttpRequest& request, std::optional<KVRError>& error) {
             auto wait = request.timeout.count() > 0 ? timeout : request.timeout;
             return KVRHttpsTransport::post(request.url, request.body, request.headers, wait,
@@ -102,7 +96,7 @@ void KVRTestFixture::addAccessory(std::shared_ptr<KVRAccessory> accessory) {
         std::lock_guard lock(added().mutex);
         added().list.push_back(std::move(accessory));
     }
-    changeHooks([](KVRPlatformHooks& hooks) { hooks.accessories = addedThenMachine; });
+    KVRPlatformHooks::change([](KVRPlatformHooks& hooks) { hooks.accessories = addedThenMachine; });
 }
 
 void KVRTestFixture::removeAccessory(const std::shared_ptr<KVRAccessory>& accessory) {

@@ -47,9 +47,6 @@ public:
     static void removeAccessory(const std::shared_ptr<KVRAccessory>& accessory);
     static void removeAllAccessories();
 
-    /// Replaces one member of the installed hooks.
-    static void changeHooks(const std::function<void(KVRPlatformHooks&)>& change);
-
 private:
     KVRGlobalStateGuard guard_;
 };

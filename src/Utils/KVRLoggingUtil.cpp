@@ -41,10 +41,10 @@ void KVRLoggingUtil::console(const std::string& text) { emit(text, false); }
 // The application's sink is the platform hooks' log sink; it gets every line
 // alike. Setting it keeps the other hooks in force.
 void KVRLoggingUtil::setSink(Sink newSink) {
-    auto hooks = *KVRPlatformHooks::installed();
-    hooks.logSink = nullptr;
-    if (newSink) hooks.logSink = [newSink = std::move(newSink)](const std::string& line, bool) { newSink(line); };
-    KVRPlatformHooks::install(std::move(hooks));
+    KVRPlatformHooks::change([&](KVRPlatformHooks& hooks) {
+        hooks.logSink = nullptr;
+        if (newSink) hooks.logSink = [newSink = std::move(newSink)](const std::string& line, bool) { newSink(line); };
+    });
 }
 
 bool KVRLoggingUtil::isDebugEnabled() { return KVRApplicationInfo::boolForKey(KVRSettingsKeys::kDebugLog); }

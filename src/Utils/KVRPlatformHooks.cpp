@@ -21,6 +21,16 @@ std::shared_ptr<const KVRPlatformHooks> KVRPlatformHooks::installed() {
     return current().hooks;
 }
 
+void KVRPlatformHooks::change(const std::function<void(KVRPlatformHooks& hooks)>& edit) {
+    {
+        std::lock_guard lock(current().mutex);
+        KVRPlatformHooks hooks = *current().hooks;
+        edit(hooks);
+        current().hooks = std::make_shared<const KVRPlatformHooks>(std::move(hooks));
+    }
+    KVRNetworkChangeListener::pokeAll();
+}
+
 KVRPlatformHooks KVRPlatformHooks::install(KVRPlatformHooks hooks) {
     auto replacing = std::make_shared<const KVRPlatformHooks>(std::move(hooks));
     {

@@ -55,4 +55,8 @@ struct KVRPlatformHooks {
     /// Puts `hooks` in force and returns the set it replaced. Running network
     /// notifiers read their flags again.
     static KVRPlatformHooks install(KVRPlatformHooks hooks);
+    /// Changes members of the set in force and keeps the others, in one step
+    /// that no other install or change can interleave with. `edit` runs under
+    /// the hooks' lock: it must not read or install hooks itself.
+    static void change(const std::function<void(KVRPlatformHooks& hooks)>& edit);
 };

@@ -99,7 +99,7 @@ protected:
     /// Every exchange attempt is counted and fails as if the host were down.
     void countExchanges() {
         KVRTestFixture::setNetworkFlags(KVRReachability::kFlagReachable);
-        changeHooks([this](KVRPlatformHooks& hooks) {
+        KVRPlatformHooks::change([this](KVRPlatformHooks& hooks) {
             hooks.exchange = [this](const KVRHttpRequest&, std::optional<KVRError>& error) {
                 ++exchanges_;
                 error = KVRError(NSURLErrorDomain, NSURLErrorCannotConnectToHost);
