@@ -1,14 +1,11 @@
 #include "testing/KVRScriptedConnection.h"
 
-#include "Pinpad/KVRLinkException.h"
-
-#include <kovra/KVRException.h>
-#include <kovra/KVRNotificationCenter.h>
-
 #include "Pinpad/Commands/KVRBaseCommandRequest.h"
-#include "Pinpad/KVRDisplayText.h"
+#include "Pinpad/KVRBluetoothConnection.h"
+#include "Pinpad/KVRLinkException.h"
 #include "Pinpad/KVRPinpadController.h"
-#include "Utils/KVRStringUtil.h"
+
+#include <algorithm>
 
 std::shared_ptr<KVRScriptedConnection> KVRScriptedConnection::install() {
     auto connection = std::make_shared<KVRScriptedConnection>();
@@ -85,11 +82,7 @@ const char* KVRScriptedConnection::readMessage() {
         answer.swap(pending_);
     }
     if (answer.empty()) throw KVRLinkException::timedOut("No reply in time");
-    for (size_t i = 0; i + 1 < answer.size(); ++i) {
-        std::string notification = KVRStringUtil::safeSubstr(KVRStringUtil::trim(answer[i]), 9);
-        KVRNotificationCenter::defaultCenter().postNotification("KVRPinpadNTMMessage",
-                                                                KVRDisplayText::utf8FromLatin1(notification));
-    }
+    for (size_t i = 0; i + 1 < answer.size(); ++i) KVRBluetoothConnection::postNotification(answer[i]);
     std::lock_guard lock(mutex_);
     reply_ = answer.back();
     return reply_.c_str();

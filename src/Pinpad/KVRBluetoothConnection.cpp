@@ -261,9 +261,7 @@ const char* KVRBluetoothConnection::readMessage() {
             keepText(event.text);
             const std::string& text = event.text;
             if (KVRStringUtil::startsWith(text, "NTM")) {
-                std::string notification = KVRStringUtil::safeSubstr(KVRStringUtil::trim(text), 9);
-                KVRNotificationCenter::defaultCenter().postNotification("KVRPinpadNTMMessage",
-                                                                        KVRDisplayText::utf8FromLatin1(notification));
+                postNotification(text);
                 KVRLoggingUtil::console(KVRStringUtil::format("--------- %s", forLog(text, false).c_str()));
                 continue;
             }
@@ -283,6 +281,12 @@ const char* KVRBluetoothConnection::readMessage() {
         finishCommand(false);
         throw;
     }
+}
+
+void KVRBluetoothConnection::postNotification(const std::string& text) {
+    std::string notification = KVRStringUtil::safeSubstr(KVRStringUtil::trim(text), 9);
+    KVRNotificationCenter::defaultCenter().postNotification("KVRPinpadNTMMessage",
+                                                            KVRDisplayText::utf8FromLatin1(notification));
 }
 
 // The text of the last frame, as the link's buffers keep it: at most 1023

@@ -48,6 +48,9 @@ public:
     /// Closes the shared link's session and forgets the link; the next
     /// sharedController() makes a fresh one, as in a new process.
     static void resetSharedController();
+    /// Posts a notification frame's text ("NTM" and its message) as
+    /// "KVRPinpadNTMMessage": the message from its tenth byte, trimmed, in UTF-8.
+    static void postNotification(const std::string& text);
 
     ~KVRBluetoothConnection() override;
     KVRBluetoothConnection(const KVRBluetoothConnection&) = delete;
