@@ -22,12 +22,23 @@ std::vector<std::string> KVRLogCapture::lines() const {
     return lines_;
 }
 
-bool KVRLogCapture::contains(const std::string& text) const {
+std::vector<std::string> KVRLogCapture::startingWith(const std::string& prefix) const {
+    std::vector<std::string> found;
+    for (const auto& line : lines())
+        if (line.rfind(prefix, 0) == 0) found.push_back(line);
+    return found;
+}
+
+size_t KVRLogCapture::count(const std::string& text) const {
     std::lock_guard lock(mutex_);
-    for (const auto& line : lines_) {
-        if (line.find(text) != std::string::npos) return true;
-    }
-    return false;
+    size_t found = 0;
+    for (const auto& line : lines_) found += line.find(text) != std::string::npos;
+    return found;
+}
+
+void KVRLogCapture::clear() {
+    std::lock_guard lock(mutex_);
+    lines_.clear();
 }
 
 std::string KVRLogCapture::text() const {

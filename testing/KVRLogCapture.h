@@ -16,8 +16,12 @@ public:
     KVRLogCapture& operator=(const KVRLogCapture&) = delete;
 
     std::vector<std::string> lines() const;
-    /// Whether some line contains the text.
-    bool contains(const std::string& text) const;
+    /// The lines that start with the prefix.
+    std::vector<std::string> startingWith(const std::string& prefix) const;
+    /// How many lines contain the text.
+    size_t count(const std::string& text) const;
+    bool contains(const std::string& text) const { return count(text) > 0; }
+    void clear();
     /// All lines, one per line, for failure messages.
     std::string text() const;
 

@@ -19,7 +19,7 @@ TEST_F(KVRBluetoothConnectionPtyTest, TheDeviceIsLockedWhileOpen) {
     ASSERT_TRUE(link()->openSession());
     KVRSerialAccessory second(pty.slavePath());
     EXPECT_EQ(second.openSession("abecs-19200"), nullptr);
-    EXPECT_EQ(countLinesContaining("is in use by process " + std::to_string(getpid())), 1u);
+    EXPECT_EQ(log_.count("is in use by process " + std::to_string(getpid())), 1u);
     link()->closeSession();
     EXPECT_NE(second.openSession("abecs-19200"), nullptr);
 }

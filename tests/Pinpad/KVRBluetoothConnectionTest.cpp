@@ -1,5 +1,6 @@
 #include "testing/KVRLinkTest.h"
 
+#include <kovra/KVRApplicationInfo.h>
 #include <kovra/KVRException.h>
 #include <kovra/KVRNotificationCenter.h>
 
@@ -129,7 +130,7 @@ TEST_F(KVRBluetoothConnectionTest, RequestsGoOutAsFramesAndOverlongRepliesAreDro
     KVROpnCommandRequest opn;
     EXPECT_EQ(exchange(*link(), opn), "OPN000");
     EXPECT_EQ(pinpad.receivedBytes(), KVRAbecsFrameCodec::encode("OPN000", false));
-    EXPECT_EQ(countLinesContaining("dropped a frame longer than 1024 bytes"), 1u);
+    EXPECT_EQ(log_.count("dropped a frame longer than 1024 bytes"), 1u);
     KVRGinCommandRequest gin;
     EXPECT_EQ(exchange(*link(), gin), "GIN000");
     EXPECT_EQ(pinpad.badCrcCount(), 0u);
@@ -152,13 +153,13 @@ TEST_F(KVRBluetoothConnectionTest, NotificationsAndStaleRepliesAreSetAsideUntilT
             },
             options);
         ASSERT_TRUE(pinpad.connectSharedLink());
-        clearLog();
+        log_.clear();
         NotificationRecorder notes;
         KVRGcrCommandRequest request;
         request.tabver = "1";
         EXPECT_EQ(exchange(*link(), request), "GCR010");
         EXPECT_EQ(notes.texts, (Texts{"SELECIONADO:    CREDITO", "    OPERAÇÃO"}));
-        EXPECT_EQ(linesStartingWith("--------- "),
+        EXPECT_EQ(log_.startingWith("--------- "),
                   (Texts{"--------- dropped GIN000 while waiting for GCR",
                          "--------- NTM000032SELECIONADO:    CREDITO         ",
                          "--------- NTM000016    OPERAÇÃO    ", "--------- GCR010"}));
@@ -298,7 +299,7 @@ TEST_F(KVRBluetoothConnectionTest, SessionLifecycle) {
     KVRApplicationInfo::setValue("Kovra Debugginho Developer", true);
     EXPECT_FALSE(link()->openSession());
     EXPECT_FALSE(link()->isDeviceConnected());
-    EXPECT_EQ(countLinesContaining("creating session failed"), 1u);
+    EXPECT_EQ(log_.count("creating session failed"), 1u);
 
     KVRScriptedPinpad pinpad;
     link()->setupControllerForAccessory(pinpad.accessory(), "abecs-9600");  // not one it declares
@@ -341,8 +342,8 @@ TEST_F(KVRBluetoothConnectionTest, CardDataIsMaskedInTheTrafficLinesUnlessAllowe
         read.tabver = "1";
         EXPECT_EQ(exchange(*link(), read), gcr);  // the reply itself is never masked
         EXPECT_EQ(exchange(*link(), gpn), pin);
-        auto sent = linesStartingWith("+++++++++ ");
-        auto received = linesStartingWith("--------- ");
+        auto sent = log_.startingWith("+++++++++ ");
+        auto received = log_.startingWith("--------- ");
         std::string all;
         for (const auto& line : sent) all += line + "\n";
         for (const auto& line : received) all += line + "\n";
@@ -352,7 +353,7 @@ TEST_F(KVRBluetoothConnectionTest, CardDataIsMaskedInTheTrafficLinesUnlessAllowe
         EXPECT_EQ(received.back().size(), pin.size() + 10);
         EXPECT_NE(all.find("1111"), std::string::npos);
         if (!allowed) EXPECT_NE(received.back().find("****************"), std::string::npos);
-        clearLog();
+        log_.clear();
     }
 }
 
