@@ -130,7 +130,7 @@ void XMLWriter::writeStartElementWithNamespace(const std::string& namespaceURI, 
 
 void XMLWriter::writeStartElement(const std::string& localName) { startElement("", localName); }
 
-void XMLWriter::writeCharacters(const std::string& text) {
+void XMLWriter::writeCharacters(std::string_view text) {
     closePendingStartTag();
     writer_ += escape(text);
     emptyElement_ = false;
@@ -201,12 +201,12 @@ void XMLWriter::writeNamespace(const std::string& prefix, const std::string& nam
     bindNamespace(prefix, namespaceURI);
 }
 
-void XMLWriter::writeElement(const std::string& localName, const std::string& text) {
+void XMLWriter::writeElement(const std::string& localName, std::string_view text) {
     writeStartElement(localName);
     writeCharacters(text);
     writeEndElement();
 }
 
-void XMLWriter::writeElementIfSet(const std::string& localName, const std::optional<std::string>& text) {
+void XMLWriter::writeElementIfSet(const std::string& localName, const std::optional<std::string_view>& text) {
     if (text) writeElement(localName, *text);
 }

@@ -31,7 +31,7 @@ public:
     /// Escaped text. Characters an XML 1.0 document cannot carry (control
     /// characters, U+FFFE/U+FFFF, anything outside the basic plane, invalid
     /// UTF-8) are dropped.
-    void writeCharacters(const std::string& text);
+    void writeCharacters(std::string_view text);
     void writeEndElement();
     /// ` name="value"` inside the start tag still open.
     void writeAttribute(const std::string& localName, const std::string& value);
@@ -41,9 +41,9 @@ public:
     void writeNamespace(const std::string& prefix, const std::string& namespaceURI);
 
     /// `<name>text</name>`; an empty text gives `<name></name>`.
-    void writeElement(const std::string& localName, const std::string& text);
+    void writeElement(const std::string& localName, std::string_view text);
     /// writeElement only when the text is set.
-    void writeElementIfSet(const std::string& localName, const std::optional<std::string>& text);
+    void writeElementIfSet(const std::string& localName, const std::optional<std::string_view>& text);
 
     const std::string& toString() const { return writer_; }
     int32_t level() const { return level_; }

@@ -151,7 +151,7 @@ struct KVRTransactionController::HostExchange {
     std::optional<std::string> iccData() const {
         const auto& transaction = response->data->authorisationResponse->transaction;
         if (!transaction || !transaction->transactionDetails) return std::nullopt;
-        return transaction->transactionDetails->iccRelatedData;
+        return std::optional<std::string>(transaction->transactionDetails->iccRelatedData);
     }
     const KVRAuthorisationResultData& result() const {
         return *response->data->authorisationResponse->transactionResponse->authorisationResult;
@@ -403,7 +403,8 @@ void KVRTransactionController::fillTransaction(KVRTransactionModel& transaction,
     }
     transaction.setAid(getTransactionAidWithGcrResponse(gcr));
     transaction.setArqc(iccData ? getArqcWithEmv(*iccData) : std::nullopt);
-    transaction.setAuthorisationCode(answer.transactionResponse->authorisationResult->authorisationCode);
+    transaction.setAuthorisationCode(
+        std::optional<std::string>(answer.transactionResponse->authorisationResult->authorisationCode));
     transaction.setCardHolderName(gcr.cardHolderName);
     transaction.setDate(KVRClock::now());
     transaction.setCardBrand(getFlagWithGcrResponse(gcr));

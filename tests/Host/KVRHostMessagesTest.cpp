@@ -4,6 +4,11 @@
 #include "Host/XMLWriter.h"
 #include "Host/Messages/KVRHeader.h"
 #include "Host/Messages/KVRHostAddress.h"
+#include "Host/Messages/KVRText.h"
+
+#include <memory>
+#include <string>
+#include <utility>
 
 namespace {
 
@@ -65,6 +70,35 @@ TEST(KVRHostAddress, WritesInsideAnUnnamedElementAndReadsTheTextsButNotThePorts)
     EXPECT_EQ(address.accesCode, "code");
     EXPECT_EQ(address.primaryPortNumber, 0);
     EXPECT_EQ(address.secundaryPortNumber, 0);
+}
+
+// Every length from empty to twice the inline room: the edges of each width
+// of overlapping moves, and the step to the heap. The source is allocated to
+// its exact length, so that a sanitized run catches a read past it, and its
+// bytes change with the length, so that a byte a copy missed cannot match by
+// being left over from the length before.
+TEST(KVRText, KeepsEveryLengthWholeThroughCopiesAndMoves) {
+    for (size_t size = 0; size <= 2 * KVRText::kInline; ++size) {
+        SCOPED_TRACE(size);
+        std::unique_ptr<char[]> exact(new char[size]);
+        for (size_t i = 0; i < size; ++i) exact[i] = static_cast<char>(' ' + (7 * i + size) % 95);
+        const std::string expected(exact.get(), size);
+
+        KVRText text(std::string_view(exact.get(), size));
+        EXPECT_EQ(text.view(), expected);
+
+        KVRText copied(text);
+        KVRText moved(std::move(copied));
+        EXPECT_EQ(moved.view(), expected);
+        EXPECT_TRUE(copied.empty());  // NOLINT(bugprone-use-after-move): a moved-from text is empty
+
+        KVRText assigned("earlier");
+        assigned = moved;
+        EXPECT_EQ(assigned.view(), expected);
+        assigned = KVRText("later");
+        EXPECT_EQ(assigned.view(), "later");
+        EXPECT_EQ(moved.view(), expected);
+    }
 }
 
 }  // namespace

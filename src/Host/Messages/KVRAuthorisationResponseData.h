@@ -3,6 +3,7 @@
 #include "Host/KVREnumTypes.h"
 #include "Host/Messages/KVRGenericIdentification.h"
 #include "Host/Messages/KVRHeader.h"
+#include "Host/Messages/KVRText.h"
 
 #include <cstdint>
 #include <optional>
@@ -23,7 +24,7 @@ public:
     KVRMessageToPresentData();
 
     KVRUserInterface messageDestination = KVRUserInterfaceCDSP;  // MsgDstn
-    std::optional<std::string> messageContent;                  // MsgCntt
+    std::optional<KVRText> messageContent;                     // MsgCntt
 
     void read(const TBXMLElement* firstChild);
 };
@@ -45,7 +46,7 @@ public:
     KVRResponseToAuthorisationData();
 
     KVRResponseCode responseCode = KVRResponseCodeDECL;  // Rspn
-    std::optional<std::string> responseReason;          // RspnRsn
+    std::optional<KVRText> responseReason;             // RspnRsn
     /// Not carried by the message; left for the caller.
     int32_t status = 0;
 
@@ -57,8 +58,8 @@ class KVRAuthorisationResultData {
 public:
     KVRAuthorisationResultData();
 
-    std::optional<std::string> authorisationCode;   // AuthstnCd
-    std::optional<std::string> completionRequired;  // CmpltnReqrd
+    std::optional<KVRText> authorisationCode;   // AuthstnCd
+    std::optional<KVRText> completionRequired;  // CmpltnReqrd
     std::optional<KVRResponseToAuthorisationData> responseToAuthorisation;
 
     void read(const TBXMLElement* firstChild);
@@ -80,8 +81,8 @@ class KVRTransactionIdentification {
 public:
     KVRTransactionIdentification();
 
-    std::optional<std::string> transactionDateTime;   // TxDtTm
-    std::optional<std::string> transactionReference;  // TxRef
+    std::optional<KVRText> transactionDateTime;   // TxDtTm
+    std::optional<KVRText> transactionReference;  // TxRef
 
     void read(const TBXMLElement* firstChild);
 };
@@ -92,8 +93,8 @@ public:
     KVRDetailedAmount();
 
     KVRAmountType amountType = KVRAmountTypeCSHB;  // AmtTp
-    std::optional<std::string> value;             // Val
-    std::optional<std::string> label;             // Labl
+    std::optional<KVRText> value;                // Val
+    std::optional<KVRText> label;                // Labl
 
     void read(const TBXMLElement* firstChild);
 };
@@ -104,11 +105,11 @@ public:
     KVRTransactionDetails();
 
     KVRAccountType accountType = KVRAccountTypeDFLT;  // AcctTp
-    std::optional<std::string> currency;             // Ccy
+    std::optional<KVRText> currency;                // Ccy
     std::optional<KVRDetailedAmount> detailedAmount;
-    std::optional<std::string> iccRelatedData;  // ICCRltdData, the issuer's chip data for the card
-    std::optional<std::string> totalAmount;     // TtlAmt
-    std::optional<std::string> validityDate;    // VldtyDt
+    std::optional<KVRText> iccRelatedData;     // ICCRltdData, the issuer's chip data for the card
+    std::optional<KVRText> totalAmount;        // TtlAmt
+    std::optional<KVRText> validityDate;       // VldtyDt
 
     void read(const TBXMLElement* firstChild);
 };
@@ -118,7 +119,7 @@ class KVRTransactionDataResponse {
 public:
     KVRTransactionDataResponse();
 
-    std::optional<std::string> recipientTransactionId;  // RcptTxId, the acquirer's key for the sale
+    std::optional<KVRText> recipientTransactionId;  // RcptTxId, the acquirer's key for the sale
     std::optional<KVRTransactionDetails> transactionDetails;
     std::optional<KVRTransactionIdentification> transactionId;
 

@@ -2,6 +2,7 @@
 
 #include "Host/KVREnumTypes.h"
 #include "Host/Messages/KVRGenericIdentification.h"
+#include "Host/Messages/KVRText.h"
 #include "Host/Messages/KVRTraceability.h"
 
 #include <optional>
@@ -16,7 +17,7 @@ public:
     KVRMessageFunction messageFunction = KVRMessageFunctionAUTQ;  // MsgFctn
     std::optional<std::string> protocolVersion;                   // PrtcolVrsn
     std::optional<std::string> exchangeIdentification;            // XchgId
-    std::optional<std::string> creationDateTime;                  // CreDtTm
+    std::optional<KVRText> creationDateTime;                     // CreDtTm
     std::optional<KVRGenericIdentification> initiatingParty;      // InitgPty
     std::optional<KVRGenericIdentification> recipientParty;       // RcptPty
     std::optional<KVRTraceability> trace;                         // Tracblt

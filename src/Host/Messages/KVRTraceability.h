@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Host/Messages/KVRGenericIdentification.h"
+#include "Host/Messages/KVRText.h"
 
 #include <optional>
 #include <string>
@@ -11,8 +12,8 @@ public:
     KVRTraceability();
 
     std::optional<KVRGenericIdentification> relayIdentification;    // RlayId
-    std::optional<std::string> traceDateTimeIn;                     // TracDtTmIn
-    std::optional<std::string> traceDateTimeOut;                    // TracDtTmOut
+    std::optional<KVRText> traceDateTimeIn;                        // TracDtTmIn
+    std::optional<KVRText> traceDateTimeOut;                       // TracDtTmOut
 
     void write(XMLWriter& writer) const;
     void read(const TBXMLElement* firstChild);
