@@ -24,7 +24,7 @@ public:
     KVRMessageToPresentData();
 
     KVRUserInterface messageDestination = KVRUserInterfaceCDSP;  // MsgDstn
-    std::optional<KVRText> messageContent;                     // MsgCntt
+    std::optional<KVRText> messageContent;                      // MsgCntt
 
     void read(const TBXMLElement* firstChild);
 };
@@ -46,7 +46,7 @@ public:
     KVRResponseToAuthorisationData();
 
     KVRResponseCode responseCode = KVRResponseCodeDECL;  // Rspn
-    std::optional<KVRText> responseReason;             // RspnRsn
+    std::optional<KVRText> responseReason;              // RspnRsn
     /// Not carried by the message; left for the caller.
     int32_t status = 0;
 
@@ -93,8 +93,8 @@ public:
     KVRDetailedAmount();
 
     KVRAmountType amountType = KVRAmountTypeCSHB;  // AmtTp
-    std::optional<KVRText> value;                // Val
-    std::optional<KVRText> label;                // Labl
+    std::optional<KVRText> value;                 // Val
+    std::optional<KVRText> label;                 // Labl
 
     void read(const TBXMLElement* firstChild);
 };
@@ -105,11 +105,11 @@ public:
     KVRTransactionDetails();
 
     KVRAccountType accountType = KVRAccountTypeDFLT;  // AcctTp
-    std::optional<KVRText> currency;                // Ccy
+    std::optional<KVRText> currency;                 // Ccy
     std::optional<KVRDetailedAmount> detailedAmount;
-    std::optional<KVRText> iccRelatedData;     // ICCRltdData, the issuer's chip data for the card
-    std::optional<KVRText> totalAmount;        // TtlAmt
-    std::optional<KVRText> validityDate;       // VldtyDt
+    std::optional<KVRText> iccRelatedData;  // ICCRltdData, the issuer's chip data for the card
+    std::optional<KVRText> totalAmount;     // TtlAmt
+    std::optional<KVRText> validityDate;    // VldtyDt
 
     void read(const TBXMLElement* firstChild);
 };

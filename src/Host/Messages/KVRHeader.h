@@ -17,7 +17,7 @@ public:
     KVRMessageFunction messageFunction = KVRMessageFunctionAUTQ;  // MsgFctn
     std::optional<std::string> protocolVersion;                   // PrtcolVrsn
     std::optional<std::string> exchangeIdentification;            // XchgId
-    std::optional<KVRText> creationDateTime;                     // CreDtTm
+    std::optional<KVRText> creationDateTime;                      // CreDtTm
     std::optional<KVRGenericIdentification> initiatingParty;      // InitgPty
     std::optional<KVRGenericIdentification> recipientParty;       // RcptPty
     std::optional<KVRTraceability> trace;                         // Tracblt

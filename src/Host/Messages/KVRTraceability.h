@@ -12,8 +12,8 @@ public:
     KVRTraceability();
 
     std::optional<KVRGenericIdentification> relayIdentification;    // RlayId
-    std::optional<KVRText> traceDateTimeIn;                        // TracDtTmIn
-    std::optional<KVRText> traceDateTimeOut;                       // TracDtTmOut
+    std::optional<KVRText> traceDateTimeIn;                         // TracDtTmIn
+    std::optional<KVRText> traceDateTimeOut;                        // TracDtTmOut
 
     void write(XMLWriter& writer) const;
     void read(const TBXMLElement* firstChild);
