@@ -21,8 +21,7 @@ void KVRFiles::write(const std::string& path, const std::string& content) {
 }
 
 std::string KVRFiles::testData(const std::string& name) {
-    std::string path = std::string(KOVRA_TEST_DATA_DIR) + "/" + name;
-    std::ifstream in(path, std::ios::binary);
-    if (!in) throw std::runtime_error("missing test data " + name);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    const std::string path = std::string(KOVRA_TEST_DATA_DIR) + "/" + name;
+    if (!std::ifstream(path)) throw std::runtime_error("missing test data " + name);
+    return read(path);
 }

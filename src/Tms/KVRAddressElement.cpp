@@ -1,5 +1,6 @@
 #include "Tms/KVRAddressElement.h"
 
+#include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
 #include "Host/XMLWriter.h"
 
@@ -28,7 +29,7 @@ void KVRAddressElement::read(KVRAddress& address, const TBXMLElement* firstChild
     for (const TBXMLElement* e = firstChild; e; e = e->nextSibling) {
         for (const AddressField& field : kFields) {
             if (std::strcmp(e->name, field.tag) == 0) {
-                (address.*field.set)(std::string(e->text, e->textLength));
+                (address.*field.set)(std::string(KVRElementReading::text(e)));
                 break;
             }
         }

@@ -1,5 +1,6 @@
 #include "Tms/KVRCapks.h"
 
+#include "Host/Messages/KVRElementReading.h"
 #include "Host/TBXML.h"
 #include "Host/XMLWriter.h"
 #include "Utils/KVRStringUtil.h"
@@ -47,7 +48,7 @@ void KVRCapks::read(const TBXMLElement* capk) {
         const CapkField* field = fieldNamed(e->name);
         if (!field) continue;
         if (field->text)
-            this->*(field->text) = std::string(e->text, e->textLength);
+            this->*(field->text) = std::string(KVRElementReading::text(e));
         else
             this->*(field->number) = KVRStringUtil::leadingInt32(e->text);
     }

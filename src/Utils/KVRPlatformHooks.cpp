@@ -3,6 +3,7 @@
 #include "Utils/KVRNetworkChangeListener.h"
 
 #include <mutex>
+#include <utility>
 
 namespace {
 struct Installed {
@@ -22,22 +23,20 @@ std::shared_ptr<const KVRPlatformHooks> KVRPlatformHooks::installed() {
 }
 
 void KVRPlatformHooks::change(const std::function<void(KVRPlatformHooks& hooks)>& edit) {
+    // The set replaced is let go outside the lock, as is the poke: a hook's
+    // captures and a poked notifier may read the hooks again.
+    std::shared_ptr<const KVRPlatformHooks> replaced;
     {
         std::lock_guard lock(current().mutex);
         KVRPlatformHooks hooks = *current().hooks;
         edit(hooks);
-        current().hooks = std::make_shared<const KVRPlatformHooks>(std::move(hooks));
+        replaced = std::exchange(current().hooks, std::make_shared<const KVRPlatformHooks>(std::move(hooks)));
     }
     KVRNetworkChangeListener::pokeAll();
 }
 
 KVRPlatformHooks KVRPlatformHooks::install(KVRPlatformHooks hooks) {
-    auto replacing = std::make_shared<const KVRPlatformHooks>(std::move(hooks));
-    {
-        std::lock_guard lock(current().mutex);
-        std::swap(current().hooks, replacing);
-    }
-    // Outside the lock: a poked notifier reads the flags through installed().
-    KVRNetworkChangeListener::pokeAll();
-    return *replacing;
+    KVRPlatformHooks replaced;
+    change([&](KVRPlatformHooks& inForce) { replaced = std::exchange(inForce, std::move(hooks)); });
+    return replaced;
 }
